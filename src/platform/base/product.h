@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string_view>
+
+// The product's own names and addresses. Nothing else in the sources spells them out.
+namespace velicor::product {
+
+inline constexpr std::string_view name = "Velicor";
+
+// Identifier of the application: its log subsystem, settings folder and entry in lists of applications.
+inline constexpr std::string_view identifier = "example.velicor.Velicor";
+
+// "major.minor.patch" and the build number, both from the CMake project.
+std::string_view version();
+std::string_view build();
+
+}  // namespace velicor::product
