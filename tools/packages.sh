@@ -1,0 +1,27 @@
+# Sourced by ./run and ./test: sees to it that every package of packaging/debian-packages is installed.
+
+velicor_packages() {
+  sed 's/#.*//' "$1/packaging/debian-packages" | awk 'NF { print $1 }'
+}
+
+# Installs what is missing, as root or through sudo; without either, prints the one line to run and fails.
+velicor_install_packages() {
+  local top=$1 package missing=()
+  for package in $(velicor_packages "$top"); do
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+
+  local install=(apt-get install -y --no-install-recommends "${missing[@]}")
+  local as=()
+  if [ "$(id -u)" != 0 ]; then
+    if ! command -v sudo >/dev/null; then
+      echo "Velicor needs some packages first. As root, run:" >&2
+      echo "  apt-get update && ${install[*]}" >&2
+      return 1
+    fi
+    as=(sudo)
+  fi
+  echo "Installing ${#missing[@]} packages: ${missing[*]}"
+  "${as[@]}" apt-get update -q && "${as[@]}" env DEBIAN_FRONTEND=noninteractive "${install[@]}"
+}
