@@ -1,0 +1,232 @@
+#include "platform/settings/settings.h"
+
+#include <cmath>
+#include <fstream>
+#include <limits>
+#include <sstream>
+
+#include <gmock/gmock.h>
+#include <QTemporaryDir>
+
+#include "platform/settings/settings_file.h"
+#include "support/log_recorder.h"
+#include "support/manual_clock.h"
+
+namespace velicor::settings {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Optional;
+using testing::SizeIs;
+namespace fs = std::filesystem;
+
+class SettingsTest : public testing::Test {
+ protected:
+  std::string written() const {
+    std::ifstream stream(file);
+    std::ostringstream text;
+    text << stream.rdbuf();
+    return text.str();
+  }
+
+  void write(const std::string& text) const {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file) << text;
+  }
+
+  QTemporaryDir folder;
+  fs::path file = fs::path(folder.path().toStdString()) / "config" / "velicor" / "settings.json";
+  test::ManualClock clock;
+  test::LogRecorder log;
+};
+
+TEST_F(SettingsTest, EveryTypeComesBackAsWhatItWas) {
+  const Date now = Date(std::chrono::nanoseconds(1'700'000'000'123'456'789));
+  constexpr std::int64_t large = (std::int64_t{1} << 62) + 1;  // not a double
+  {
+    Settings settings(file, clock);
+    settings.setBoolean("yes", true);
+    settings.setInteger("large", large);
+    settings.setReal("whole", 1.0);
+    settings.setReal("tenth", 0.1);
+    settings.setReal("nan", std::numeric_limits<double>::quiet_NaN());
+    settings.setReal("low", -std::numeric_limits<double>::infinity());
+    settings.setReal("negative zero", -0.0);
+    settings.setReal("tiny", std::numeric_limits<double>::denorm_min());
+    settings.setString("text", "ein „Wort“\n");
+    settings.setDate("date", now);
+    settings.setStringList("list", {"#FFF200", ""});
+    settings.setStringList("empty", {});
+  }
+  const Settings read(file, clock);
+  EXPECT_THAT(read.boolean("yes"), Optional(true));
+  EXPECT_THAT(read.integer("large"), Optional(large));
+  EXPECT_THAT(read.real("whole"), Optional(1.0));
+  EXPECT_THAT(read.real("tenth"), Optional(0.1));
+  EXPECT_TRUE(std::isnan(read.real("nan").value_or(0)));
+  EXPECT_THAT(read.real("low"), Optional(-std::numeric_limits<double>::infinity()));
+  EXPECT_TRUE(std::signbit(read.real("negative zero").value_or(1)));
+  EXPECT_THAT(read.real("tiny"), Optional(std::numeric_limits<double>::denorm_min()));
+  EXPECT_THAT(read.string("text"), Optional(std::string("ein „Wort“\n")));
+  EXPECT_THAT(read.date("date"), Optional(now));
+  EXPECT_THAT(read.stringList("list"), Optional(ElementsAre("#FFF200", "")));
+  EXPECT_THAT(read.stringList("empty"), Optional(IsEmpty()));
+}
+
+TEST_F(SettingsTest, TypesNeverBlur) {
+  {
+    Settings settings(file, clock);
+    settings.setBoolean("boolean", true);
+    settings.setInteger("integer", 1);
+    settings.setReal("real", 1.0);
+    settings.setString("string", "1");
+    settings.setValue("mixed", List{Value("a"), Value(std::int64_t{1})});
+    settings.setDate("date", Date(1ns));
+  }
+  const Settings read(file, clock);
+  for (const char* key : {"integer", "real", "string", "mixed", "date", "missing"}) {
+    EXPECT_EQ(read.boolean(key), std::nullopt) << key;
+  }
+  for (const char* key : {"boolean", "real", "string", "mixed", "date", "missing"}) {
+    EXPECT_EQ(read.integer(key), std::nullopt) << key;
+  }
+  for (const char* key : {"boolean", "integer", "string", "mixed", "date"}) {
+    EXPECT_EQ(read.real(key), std::nullopt) << key;
+    EXPECT_EQ(read.stringList(key), std::nullopt) << key;
+  }
+  for (const char* key : {"boolean", "string", "mixed", "date"})
+    EXPECT_EQ(read.number(key), std::nullopt) << key;
+  EXPECT_THAT(read.number("integer"), Optional(1.0));
+  EXPECT_THAT(read.number("real"), Optional(1.0));
+  EXPECT_EQ(read.string("integer"), std::nullopt);
+  EXPECT_EQ(read.date("integer"), std::nullopt);
+}
+
+TEST_F(SettingsTest, ChangesReachTheDiskTogetherWithinAQuarterSecond) {
+  Settings settings(file, clock);
+  settings.setInteger("fps", 10);
+  EXPECT_THAT(settings.integer("fps"), Optional(10));
+  clock.advance(200ms);
+  settings.setInteger("fps", 30);
+  settings.setInteger("mode", 2);
+  EXPECT_FALSE(fs::exists(file));
+  EXPECT_EQ(clock.waiting(), 1u);
+  clock.advance(50ms);
+  const Settings other(file, clock);
+  EXPECT_THAT(other.integer("fps"), Optional(30));
+  EXPECT_THAT(other.integer("mode"), Optional(2));
+}
+
+TEST_F(SettingsTest, WritesNothingForValuesThatAreThereAlready) {
+  Settings settings(file, clock);
+  settings.setReal("opacity", 0.5);
+  settings.setStringList("palette", {"#000000"});
+  settings.flush();
+  clock.advance(1s);
+  fs::remove(file);
+  settings.setReal("opacity", 0.5);
+  settings.setStringList("palette", {"#000000"});
+  settings.remove("missing");
+  clock.advance(1s);
+  EXPECT_FALSE(fs::exists(file));
+  settings.remove("opacity");
+  EXPECT_EQ(settings.real("opacity"), std::nullopt);
+  clock.advance(250ms);
+  EXPECT_EQ(Settings(file, clock).real("opacity"), std::nullopt);
+  EXPECT_THAT(Settings(file, clock).stringList("palette"), Optional(SizeIs(1)));
+}
+
+TEST_F(SettingsTest, KeepsWhatANewerVersionWrote) {
+  write(R"({"format": "velicor-settings", "later": [1], "values": {"fps": 10, "shape": {"circle": 3}}})");
+  Settings settings(file, clock);
+  EXPECT_EQ(settings.value("shape"), std::nullopt);
+  settings.setInteger("fps", 30);
+  settings.flush();
+  EXPECT_THAT(written(), HasSubstr("later"));
+  EXPECT_THAT(written(), HasSubstr("circle"));
+  EXPECT_THAT(Settings(file, clock).integer("fps"), Optional(30));
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(SettingsTest, ANumberWithAFractionInAnEditedFileIsADouble) {
+  write(R"({"format": "velicor-settings", "values": {"opacity": 0.25, "date": {"date": 0.5}}})");
+  const Settings settings(file, clock);
+  EXPECT_THAT(settings.real("opacity"), Optional(0.25));
+  EXPECT_EQ(settings.date("date"), std::nullopt);
+}
+
+class BrokenSettingsTest : public SettingsTest, public testing::WithParamInterface<std::string> {};
+
+TEST_P(BrokenSettingsTest, AreSetAsideAndTheProgramStartsWithDefaults) {
+  for (const char* aside : {"settings.json.broken-1", "settings.json.broken-2"}) {
+    write(GetParam());
+    Settings settings(file, clock);
+    EXPECT_EQ(settings.value("fps"), std::nullopt);
+    EXPECT_TRUE(fs::exists(file.parent_path() / aside));
+    EXPECT_FALSE(fs::exists(file));
+    EXPECT_THAT(log.lines().back(), HasSubstr(aside));
+  }
+  EXPECT_THAT(log.lines(), SizeIs(2));
+  Settings(file, clock).setInteger("fps", 10);
+  EXPECT_THAT(Settings(file, clock).integer("fps"), Optional(10));
+}
+
+INSTANTIATE_TEST_SUITE_P(Contents, BrokenSettingsTest,
+                         testing::Values("", "{\"format\": \"velicor-set", "[1, 2]",
+                                         "{\"values\": {\"fps\": 10}}",
+                                         "{\"format\": \"velicor-settings\", \"values\": 3}",
+                                         std::string(2 << 20, ' '), std::string("\0\xff\xfe", 3)));
+
+TEST_F(SettingsTest, SomethingElseInTheFilesPlaceIsSetAsideToo) {
+  fs::create_directories(file);
+  Settings settings(file, clock);
+  settings.setInteger("fps", 10);
+  settings.flush();
+  EXPECT_THAT(Settings(file, clock).integer("fps"), Optional(10));
+}
+
+TEST_F(SettingsTest, AFailureToWriteIsLoggedOnceAndTriedAgainAtTheNextChange) {
+  const fs::path obstacle = file.parent_path().parent_path();
+  std::ofstream(obstacle) << "a file where the folder should be";
+  Settings settings(file, clock);
+  settings.setInteger("fps", 10);
+  clock.advance(250ms);
+  settings.setInteger("fps", 30);
+  clock.advance(250ms);
+  EXPECT_THAT(log.lines(), ElementsAre(HasSubstr("settings error: settings not saved: ")));
+  EXPECT_THAT(settings.integer("fps"), Optional(30));
+
+  fs::remove(obstacle);
+  settings.setInteger("fps", 30);
+  clock.advance(250ms);
+  EXPECT_THAT(Settings(file, clock).integer("fps"), Optional(30));
+
+  fs::remove_all(obstacle);
+  std::ofstream(obstacle) << "again";
+  settings.setInteger("fps", 15);
+  settings.flush();
+  EXPECT_THAT(log.lines(), SizeIs(2));
+  fs::remove(obstacle);
+}
+
+TEST_F(SettingsTest, AScheduledWriteForgetsSettingsThatAreGone) {
+  { Settings(file, clock).setInteger("fps", 10); }
+  EXPECT_TRUE(fs::exists(file));
+  fs::remove(file);
+  clock.advance(1s);
+  EXPECT_FALSE(fs::exists(file));
+}
+
+TEST(SettingsFileTest, LiesInTheUsersConfigurationFolder) {
+  qputenv("XDG_CONFIG_HOME", "/some/where");
+  EXPECT_EQ(userFile(), "/some/where/velicor/settings.json");
+  qputenv("XDG_CONFIG_HOME", "");
+  qputenv("HOME", "/home/somebody");
+  EXPECT_EQ(userFile(), "/home/somebody/.config/velicor/settings.json");
+}
+
+}  // namespace
+}  // namespace velicor::settings
