@@ -1,0 +1,98 @@
+#include "platform/gpu/command_buffer.h"
+
+#include <utility>
+
+#include "platform/gpu/device.h"
+#include "platform/gpu/misuse.h"
+
+namespace velicor::gpu {
+
+CommandBuffer::CommandBuffer(std::shared_ptr<Device> device) : device_(std::move(device)) {}
+
+std::shared_ptr<BlitEncoder> CommandBuffer::makeBlitEncoder() {
+  requireRecording();
+  if (!device_->accepts(Device::Work::blitEncoder)) return nullptr;
+  return std::make_shared<BlitEncoder>(shared_from_this());
+}
+
+std::shared_ptr<ComputeEncoder> CommandBuffer::makeComputeEncoder() {
+  requireRecording();
+  if (!device_->accepts(Device::Work::computeEncoder)) return nullptr;
+  return std::make_shared<ComputeEncoder>(shared_from_this());
+}
+
+std::shared_ptr<RenderEncoder> CommandBuffer::makeRenderEncoder(RenderTarget target) {
+  requireRecording();
+  require(target.texture && target.texture->device() == device_, "a render target of no or another device");
+  require(allows(target.texture->usage(), TextureUsage::renderTarget), "a texture that is no render target");
+  if (!device_->accepts(Device::Work::renderEncoder)) return nullptr;
+  return std::make_shared<RenderEncoder>(shared_from_this(), std::move(target));
+}
+
+void CommandBuffer::present(std::shared_ptr<Drawable> drawable) {
+  requireRecording();
+  require(drawable && drawable->texture()->device() == device_, "a drawable of no or another device");
+  presented_.push_back(std::move(drawable));
+}
+
+void CommandBuffer::addCompletedHandler(CompletedHandler handler) {
+  requireRecording();
+  handlers_.push_back(std::move(handler));
+}
+
+void CommandBuffer::commit() {
+  requireRecording();
+  {
+    const std::scoped_lock guard(mutex_);
+    status_ = Status::committed;
+  }
+  Submission submission;
+  submission.passes = std::exchange(passes_, {});
+  for (const auto& drawable : presented_) submission.presented.push_back(drawable->target());
+  submission.finished = [self = shared_from_this()](bool succeeded) { self->finish(succeeded); };
+  device_->onSubmit(std::move(submission));
+}
+
+void CommandBuffer::finish(bool succeeded) {
+  {
+    const std::scoped_lock guard(mutex_);
+    status_ = succeeded ? Status::completed : Status::failed;
+  }
+  for (const auto& drawable : std::exchange(presented_, {})) {
+    if (succeeded) drawable->publish();
+  }
+  for (CompletedHandler& handler : handlers_) handler(*this);
+  handlers_.clear();
+  const std::scoped_lock guard(mutex_);
+  handlersDone_ = true;
+  changed_.notify_all();
+}
+
+void CommandBuffer::waitUntilCompleted() const {
+  std::unique_lock guard(mutex_);
+  require(status_ != Status::recording, "waiting for a command buffer that was never committed");
+  changed_.wait(guard, [this] { return handlersDone_; });
+}
+
+CommandBuffer::Status CommandBuffer::status() const {
+  const std::scoped_lock guard(mutex_);
+  return status_;
+}
+
+void CommandBuffer::openEncoder() {
+  requireRecording();
+  encoderOpen_ = true;
+}
+
+void CommandBuffer::closeEncoder() { encoderOpen_ = false; }
+
+void CommandBuffer::requireRecording() const {
+  require(status() == Status::recording, "a command buffer is changed after its commit");
+  require(!encoderOpen_, "a command buffer is used while one of its encoders is open");
+}
+
+std::shared_ptr<CommandBuffer> CommandQueue::makeCommandBuffer() {
+  return device_->accepts(Device::Work::commandBuffer) ? std::make_shared<CommandBuffer>(device_) : nullptr;
+}
+
+}  // namespace velicor::gpu
