@@ -12,12 +12,12 @@
 namespace velicor::dispatch {
 
 TerminationSignals::TerminationSignals() {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int number : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, number);
+  sigset_t numbers;
+  sigemptyset(&numbers);
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&numbers, number);
   // Without the descriptor the signals keep their default: the program ends at once, which is still an end.
-  descriptor_ = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-  if (descriptor_ >= 0) pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  descriptor_ = signalfd(-1, &numbers, SFD_CLOEXEC | SFD_NONBLOCK);
+  if (descriptor_ >= 0) pthread_sigmask(SIG_BLOCK, &numbers, nullptr);
 }
 
 TerminationSignals::~TerminationSignals() {
