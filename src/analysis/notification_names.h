@@ -1,15 +1,15 @@
 #pragma once
 
-#include <string_view>
+#include "platform/notifications/notification_center.h"
 
 // In-process notifications that announce new results of the analysis. Posted on the main thread, without an
 // object.
 namespace velicor {
 
 // A preview was published, or taken away.
-inline constexpr std::string_view velicorPreviewReady = "VelicorPreviewReady";
+inline constexpr notifications::Name velicorPreviewReady{"VelicorPreviewReady"};
 
 // A pair of scope images was published, or taken away.
-inline constexpr std::string_view velicorScopesReady = "VelicorScopesReady";
+inline constexpr notifications::Name velicorScopesReady{"VelicorScopesReady"};
 
 }  // namespace velicor

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QColor>
+
+// The interface's colours and type sizes. Paint code takes them from here only.
+namespace velicor::look {
+
+inline constexpr QColor systemYellow(0xFF, 0xD6, 0x0A);
+inline constexpr QColor systemGrey(0x98, 0x98, 0x9D);
+
+// The accent of every control, frame and hint.
+inline constexpr QColor accent = systemYellow;
+
+inline constexpr QColor panelGround(0x1E, 0x1E, 0x1E);
+inline constexpr QColor scopeGround(0x05, 0x05, 0x05);
+inline constexpr QColor errorText(0xFF, 0x69, 0x61);
+
+// The same colour at an opacity of 0…1.
+inline QColor faded(QColor color, double alpha) {
+  color.setAlphaF(static_cast<float>(alpha));
+  return color;
+}
+
+}  // namespace velicor::look
