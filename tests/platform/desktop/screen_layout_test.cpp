@@ -95,7 +95,7 @@ TEST(ScreenLayout, windowsAndViewsTurnOver) {
 }
 
 TEST(ScreenLayout, paintedEdgesLieOnPixels) {
-  EXPECT_EQ(pixelAligned({1, 1, 173.2, 4}, 1.25), QRectF(0.8, 0.8, 173.6, 3.2));
+  EXPECT_EQ(pixelAligned({1, 1, 173.2, 4}, 1.25), QRectF(0.8, 0.8, 173.6, 4));
 }
 
 }  // namespace

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <array>
+#include <functional>
+
+#include <QWidget>
+
+#include "loupe/loupe_geometry.h"
+#include "platform/base/geometry.h"
+#include "platform/desktop/cursor.h"
+
+namespace velicor {
+
+// The visible frame of the loupe: outline, resize handles, two chips in the top-right corner and, during a
+// drag, the size. Tells which part of the frame the mouse is over and reports drags; moves nothing itself.
+//
+// Points of this view have their origin at its bottom-left corner and y up. It counts as having a window while
+// it is in a desktop panel. Main thread.
+class LoupeFrameView : public QWidget {
+ public:
+  using Zone = LoupeZone;
+
+  explicit LoupeFrameView(const QRect& frame, QWidget* parent = nullptr);
+
+  // Every step of a drag: the zone that was taken hold of, the mouse's way since then (y up), and the window's
+  // frame at that time.
+  std::function<void(Zone zone, DesktopSize displacement, DesktopRect startFrame)> onDrag;
+
+  // A click on the panel chip was released over it.
+  std::function<void()> onPanelToggle;
+
+  // A locked loupe can't be moved or resized and is drawn grey. Set from outside, followed by update().
+  bool isLocked = false;
+
+  // Whether the scopes panel is showing; dims its chip where not. As above.
+  bool panelVisible = true;
+
+  static constexpr double margin = loupe_geometry::margin;
+
+  FrameRect bounds() const;
+  Zone zone(FramePoint point) const;
+  desktop::Cursor cursor(Zone zone) const;
+  std::array<FramePoint, 8> handlePoints() const;
+  FrameRect panelChip() const;
+
+  // false without a window.
+  bool isScreenPointOverPanelChip(DesktopPoint point) const;
+
+  // What the mouse at this place looks like; the arrow without a window.
+  desktop::Cursor cursorAtScreenPoint(DesktopPoint point) const;
+
+  Zone dragZone() const { return dragZone_; }
+  DesktopPoint dragStartMouse() const { return dragStartMouse_; }
+  DesktopRect dragStartFrame() const { return dragStartFrame_; }
+  bool pressActive() const { return pressActive_; }
+
+  // A move or resize is under way.
+  bool isInteracting() const { return isInteracting_; }
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void leaveEvent(QEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+
+ private:
+  FramePoint locationOf(const QMouseEvent& event) const;
+  desktop::Cursor cursorAt(FramePoint point) const;
+  void mouseMoved(FramePoint point);
+  void mouseDragged();
+
+  Zone dragZone_ = Zone::move;
+  DesktopPoint dragStartMouse_;
+  DesktopRect dragStartFrame_;
+  bool pressActive_ = false;
+  bool isInteracting_ = false;
+};
+
+}  // namespace velicor

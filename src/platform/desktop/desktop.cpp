@@ -1,0 +1,40 @@
+#include "platform/desktop/desktop.h"
+
+#include <utility>
+
+#include <QGuiApplication>
+
+#include "platform/desktop/compositor.h"
+#include "platform/desktop/display_server.h"
+#include "platform/desktop/monitor_screens.h"
+#include "platform/desktop/pointer.h"
+#include "platform/desktop/window_stack.h"
+
+namespace velicor::desktop {
+
+struct Desktop::Services {
+  explicit Services(std::unique_ptr<x11::Connection> connection) : server(std::move(connection)) {}
+
+  DisplayServer server;
+  MonitorScreens screens{server};
+  WindowStack windows{server};
+  Pointer pointer{server, screens, windows};
+  Compositor compositor{server};
+};
+
+Result<std::unique_ptr<Desktop>> Desktop::open() {
+  auto connection = x11::Connection::open();
+  if (!connection) return tl::make_unexpected(connection.error());
+  return std::unique_ptr<Desktop>(new Desktop(std::make_unique<Services>(std::move(*connection))));
+}
+
+Desktop::Desktop(std::unique_ptr<Services> services) : services_(std::move(services)) {}
+Desktop::~Desktop() = default;
+
+MonitorScreens& Desktop::screens() { return services_->screens; }
+WindowStack& Desktop::windows() { return services_->windows; }
+Pointer& Desktop::pointer() { return services_->pointer; }
+Compositor& Desktop::compositor() { return services_->compositor; }
+Signal<>& Desktop::lost() { return services_->server.lost; }
+
+}  // namespace velicor::desktop

@@ -1,0 +1,203 @@
+#include "platform/desktop/panel.h"
+
+#include <utility>
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWidget>
+#include <QWindow>
+
+#include "platform/desktop/desktop.h"
+#include "platform/desktop/monitor_screens.h"
+#include "platform/desktop/toolkit_window.h"
+#include "platform/desktop/window_stack.h"
+
+namespace velicor::desktop {
+
+namespace {
+
+Qt::WindowFlags flagsOf(PanelKind kind) {
+  const Qt::WindowFlags common = Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
+  if (kind == PanelKind::bypassing) return Qt::Window | common | Qt::X11BypassWindowManagerHint;
+  return Qt::Tool | common | Qt::WindowStaysOnTopHint;
+}
+
+// The toolkit's whole-point idea of a place; its screens keep their device origin and scale distances from it.
+QRect toolkitRect(const DeviceRect& rect) {
+  const QScreen* screen = qGuiApp->screenAt(QPoint(rect.x, rect.y));
+  if (!screen) screen = qGuiApp->primaryScreen();
+  if (!screen) return {rect.x, rect.y, rect.width, rect.height};
+  const double scale = screen->devicePixelRatio();
+  const QPoint origin = screen->geometry().topLeft();
+  return {roundHalfAway(origin.x() + (rect.x - origin.x()) / scale),
+          roundHalfAway(origin.y() + (rect.y - origin.y()) / scale), roundHalfAway(rect.width / scale),
+          roundHalfAway(rect.height / scale)};
+}
+
+}  // namespace
+
+// The toolkit's window of a panel.
+class Panel::Carrier : public QWidget {
+ public:
+  Carrier(Panel& owner, PanelKind kind) : QWidget(nullptr, flagsOf(kind)), panel(owner) {
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setMouseTracking(true);
+  }
+
+  Panel& panel;
+  QWidget* content = nullptr;
+
+ protected:
+  bool event(QEvent* event) override {
+    const bool handled = QWidget::event(event);
+    switch (event->type()) {
+      case QEvent::Resize:
+        if (content) content->setGeometry(rect());
+        panel.movedByOthers();
+        break;
+      case QEvent::Move:
+        panel.movedByOthers();
+        break;
+      case QEvent::WindowActivate:
+        panel.key_ = panel.canBecomeKey();
+        break;
+      case QEvent::WindowDeactivate:
+        panel.key_ = false;
+        break;
+      default:
+        break;
+    }
+    return handled;
+  }
+};
+
+Panel::Panel(Desktop& desktop, PanelKind kind, const DesktopRect& frame)
+    : desktop_(desktop), kind_(kind), carrier_(std::make_unique<Carrier>(*this, kind)), frame_(frame) {
+  deviceFrame_ = desktop_.screens().layout().toDevice(frame_);
+  carrier_->setGeometry(toolkitRect(deviceFrame_));
+  const WindowId window = toolkit::identifierOf(*carrier_);
+  toolkit::removeShadow(window);
+  toolkit::configure(window, deviceFrame_);
+  toolkit::setLevel(*carrier_, 0);
+  screensChanged_ = desktop_.screens().changed.subscribe([this] {
+    if (kind_ == PanelKind::bypassing) applyFrame();
+  });
+}
+
+Panel::~Panel() { resignKey(); }
+
+Panel* Panel::of(const QWidget* widget) {
+  const auto* carrier = widget ? dynamic_cast<const Carrier*>(widget->window()) : nullptr;
+  return carrier ? &carrier->panel : nullptr;
+}
+
+QWidget& Panel::window() const { return *carrier_; }
+
+void Panel::setFrame(DesktopRect frame) {
+  const DesktopRect before = std::exchange(frame_, frame);
+  applyFrame();
+  noteFrame(before);
+}
+
+void Panel::applyFrame() {
+  const DeviceRect wanted = desktop_.screens().layout().toDevice(frame_);
+  if (wanted == deviceFrame_) return;
+  deviceFrame_ = wanted;
+  toolkit::configure(toolkit::identifierOf(*carrier_), deviceFrame_);
+}
+
+void Panel::noteFrame(const DesktopRect& before) {
+  const bool moved = before.x != frame_.x || before.y != frame_.y;
+  const bool resized = before.width != frame_.width || before.height != frame_.height;
+  if (delegate_ && moved) delegate_->windowDidMove(*this);
+  if (delegate_ && resized) delegate_->windowDidResize(*this);
+}
+
+// The toolkit's news may be older than our last request, so the server is asked: on the same connection, its
+// answer is from after that request.
+void Panel::movedByOthers() {
+  if (!isVisible()) return;
+  const auto actual = toolkit::geometryOf(toolkit::identifierOf(*carrier_));
+  if (!actual || *actual == deviceFrame_) return;
+  deviceFrame_ = *actual;
+  const DesktopRect before = std::exchange(frame_, desktop_.screens().layout().toDesktop(deviceFrame_));
+  noteFrame(before);
+}
+
+int Panel::level() const { return toolkit::levelOf(*carrier_); }
+
+void Panel::setLevel(int level) {
+  toolkit::setLevel(*carrier_, level);
+  desktop_.windows().refreshSoon();
+}
+
+void Panel::orderFront() {
+  if (!carrier_->isVisible()) {
+    carrier_->show();
+    becameShown();
+  }
+  carrier_->raise();
+  desktop_.windows().refreshSoon();
+}
+
+// The toolkit shows a window with its own idea of the place, and nobody's idea of an input shape.
+void Panel::becameShown() {
+  const WindowId window = toolkit::identifierOf(*carrier_);
+  toolkit::configure(window, deviceFrame_);
+  toolkit::setClickThrough(window, ignoresMouse_);
+}
+
+void Panel::orderOut() {
+  resignKey();
+  carrier_->hide();
+  desktop_.windows().refreshSoon();
+}
+
+bool Panel::isVisible() const { return carrier_->isVisible(); }
+
+bool Panel::isOccluded() const { return desktop_.windows().isCovered(toolkit::identifierOf(*carrier_)); }
+
+void Panel::setIgnoresMouseEvents(bool ignores) {
+  if (ignores == ignoresMouse_) return;
+  ignoresMouse_ = ignores;
+  if (isVisible()) toolkit::setClickThrough(toolkit::identifierOf(*carrier_), ignores);
+}
+
+void Panel::makeKey() {
+  if (!canBecomeKey() || !isVisible() || key_) return;
+  if (kind_ == PanelKind::managed) return carrier_->activateWindow();
+  const WindowId window = toolkit::identifierOf(*carrier_);
+  const WindowId before = toolkit::focusedWindow();
+  if (before != window) keyBefore_ = before;
+  toolkit::focus(window);
+  key_ = true;
+}
+
+void Panel::resignKey() {
+  if (!std::exchange(key_, false) || kind_ != PanelKind::bypassing) return;
+  // Whoever took the keyboard meanwhile keeps it.
+  if (toolkit::focusedWindow() != toolkit::identifierOf(*carrier_)) return;
+  if (keyBefore_ != 0) toolkit::focus(keyBefore_);
+}
+
+void Panel::setCursor(Cursor cursor) {
+  if (cursor == cursor_) return;
+  cursor_ = cursor;
+  carrier_->setCursor(toolkitCursor(cursor));
+  // The toolkit applies a widget's cursor when it sees the mouse enter it, which under a changing input shape
+  // may come late.
+  if (carrier_->windowHandle()) carrier_->windowHandle()->setCursor(toolkitCursor(cursor));
+}
+
+void Panel::setContentView(std::unique_ptr<QWidget> view) {
+  delete carrier_->content;
+  carrier_->content = view.release();
+  carrier_->content->setParent(carrier_.get());
+  carrier_->content->setGeometry(carrier_->rect());
+  carrier_->content->show();
+}
+
+}  // namespace velicor::desktop

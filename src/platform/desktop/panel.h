@@ -1,0 +1,112 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "platform/base/geometry.h"
+#include "platform/desktop/cursor.h"
+#include "platform/desktop/stacking.h"
+#include "platform/notifications/signal.h"
+
+class QWidget;
+
+namespace velicor::desktop {
+
+class Desktop;
+class Panel;
+
+// Hears that a panel has a new frame, whoever gave it.
+class PanelDelegate {
+ public:
+  virtual ~PanelDelegate() = default;
+  virtual void windowDidMove(Panel& panel) = 0;
+  virtual void windowDidResize(Panel& panel) = 0;
+};
+
+// How a panel meets the window manager.
+enum class PanelKind {
+  bypassing,  // not at all: exact frames at once, on all desktops, above full-screen windows
+  managed,    // an undecorated window that the manager keeps above
+};
+
+// A borderless window of ours with an alpha channel, placed in desktop points. Never activates the program by
+// being shown. Main thread.
+class Panel {
+ public:
+  Panel(Desktop& desktop, PanelKind kind, const DesktopRect& frame);
+  virtual ~Panel();
+  Panel(const Panel&) = delete;
+  Panel& operator=(const Panel&) = delete;
+
+  // The panel whose window a widget is in, or none.
+  static Panel* of(const QWidget* widget);
+
+  // In points, fractions included. The window's edges are at the nearest device pixels.
+  const DesktopRect& frame() const { return frame_; }
+  virtual void setFrame(DesktopRect frame);
+
+  // Where the window is, in pixels of the root window.
+  const DeviceRect& deviceFrame() const { return deviceFrame_; }
+
+  // Our windows of higher levels stay above those of lower ones.
+  int level() const;
+  void setLevel(int level);
+
+  // Above the windows of its kind, whatever program is active.
+  void orderFront();
+  void orderOut();
+  bool isVisible() const;
+
+  // Whether nothing of it can be seen for other programs' opaque windows.
+  bool isOccluded() const;
+
+  // Clicks and motion go to what lies below. Holds while the panel is hidden and shown.
+  bool ignoresMouseEvents() const { return ignoresMouse_; }
+  void setIgnoresMouseEvents(bool ignores);
+
+  // Borderless windows take no keys unless they say so.
+  virtual bool canBecomeKey() const { return false; }
+
+  // Whether the keyboard is directed at this panel.
+  bool isKey() const { return key_; }
+
+  // Takes the keyboard, where it can and the panel is visible. A bypassing panel remembers who had it, and
+  // gives it back when it resigns or is ordered out.
+  void makeKey();
+  void resignKey();
+
+  // Shown while the mouse is over the panel.
+  void setCursor(Cursor cursor);
+  Cursor cursor() const { return cursor_; }
+
+  // Not owned; none to hear nothing.
+  void setDelegate(PanelDelegate* delegate) { delegate_ = delegate; }
+
+  // Takes over a widget that always fills the panel.
+  void setContentView(std::unique_ptr<QWidget> view);
+  QWidget& window() const;
+  Desktop& desktop() const { return desktop_; }
+
+ private:
+  class Carrier;
+  friend class Carrier;
+
+  void applyFrame();
+  void becameShown();
+  void movedByOthers();
+  void noteFrame(const DesktopRect& before);
+
+  Desktop& desktop_;
+  const PanelKind kind_;
+  std::unique_ptr<Carrier> carrier_;
+  PanelDelegate* delegate_ = nullptr;
+  DesktopRect frame_;
+  DeviceRect deviceFrame_;
+  Cursor cursor_ = Cursor::arrow;
+  bool ignoresMouse_ = false;
+  bool key_ = false;
+  WindowId keyBefore_ = 0;
+  Subscription screensChanged_;
+};
+
+}  // namespace velicor::desktop

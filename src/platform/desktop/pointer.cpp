@@ -1,0 +1,72 @@
+#include "platform/desktop/pointer.h"
+
+#include <array>
+#include <utility>
+
+#include <xcb/xinput.h>
+
+#include "platform/desktop/display_server.h"
+#include "platform/desktop/monitor_screens.h"
+#include "platform/desktop/window_stack.h"
+
+namespace velicor::desktop {
+
+namespace {
+
+constexpr int shortestInterval = 16;  // milliseconds between two reports
+constexpr int anyButton = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 | XCB_BUTTON_MASK_4 |
+                          XCB_BUTTON_MASK_5;
+
+// Raw motion reaches every client that asks, also while another program holds the pointer in a grab.
+void selectRawMotion(DisplayServer& server) {
+  struct {
+    xcb_input_event_mask_t head;
+    std::uint32_t mask;
+  } const request{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, XCB_INPUT_XI_EVENT_MASK_RAW_MOTION};
+  xcb_input_xi_select_events(server.raw(), server.root(), 1, &request.head);
+}
+
+}  // namespace
+
+Pointer::Pointer(DisplayServer& server, const MonitorScreens& screens, const WindowStack& windows)
+    : server_(server), screens_(screens), windows_(windows) {
+  if (!server_.connection().extensions().input.atLeast(2, 1)) return;
+  selectRawMotion(server_);
+  events_ = server_.event.subscribe([this](const ServerEvent& event) { handle(event); });
+  due_.setSingleShot(true);
+  due_.setTimerType(Qt::PreciseTimer);
+  due_.callOnTimeout(&due_, [this] { report(); });
+}
+
+DesktopPoint Pointer::position() const {
+  const auto pointer =
+      server_.connection().reply(xcb_query_pointer_reply, xcb_query_pointer(server_.raw(), server_.root()));
+  if (!pointer) return {};
+  return screens_.layout().toDesktop(DevicePoint{(*pointer)->root_x, (*pointer)->root_y});
+}
+
+Subscription Pointer::observeMotion(Over over, std::function<void()> handler) {
+  return (over == Over::ownWindows ? overOwn_ : overOthers_).subscribe(std::move(handler));
+}
+
+void Pointer::handle(const ServerEvent& event) {
+  if (event.type() != XCB_GE_GENERIC || due_.isActive()) return;
+  const auto& generic = event.as<xcb_ge_generic_event_t>();
+  const bool motion = generic.extension == server_.connection().extensions().input.majorOpcode &&
+                      generic.event_type == XCB_INPUT_RAW_MOTION;
+  if (!motion) return;
+  const qint64 passed = sinceReport_.isValid() ? sinceReport_.elapsed() : shortestInterval;
+  if (passed >= shortestInterval) return report();
+  due_.start(static_cast<int>(shortestInterval - passed));
+}
+
+// Raw events carry what the device said, not where the pointer went.
+void Pointer::report() {
+  sinceReport_.start();
+  const auto pointer =
+      server_.connection().reply(xcb_query_pointer_reply, xcb_query_pointer(server_.raw(), server_.root()));
+  if (!pointer || ((*pointer)->mask & anyButton) != 0) return;
+  (windows_.isOwn((*pointer)->child) ? overOwn_ : overOthers_)();
+}
+
+}  // namespace velicor::desktop

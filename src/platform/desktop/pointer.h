@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include "platform/base/geometry.h"
+#include "platform/notifications/signal.h"
+
+namespace velicor::desktop {
+
+class DisplayServer;
+class MonitorScreens;
+struct ServerEvent;
+class WindowStack;
+
+// Where the mouse is, whosever window it is over. Main thread.
+class Pointer {
+ public:
+  Pointer(DisplayServer& server, const MonitorScreens& screens, const WindowStack& windows);
+
+  // A round trip to the server.
+  DesktopPoint position() const;
+
+  // Whose windows the mouse moves over.
+  enum class Over { otherWindows, ownWindows };
+
+  // The handler is called when the mouse has moved without a button held down, at most 60 times a second, with
+  // a last call after the last motion. Never while the mouse stands still. Ends with the subscription.
+  [[nodiscard]] Subscription observeMotion(Over over, std::function<void()> handler);
+
+ private:
+  void handle(const ServerEvent& event);
+  void report();
+
+  DisplayServer& server_;
+  const MonitorScreens& screens_;
+  const WindowStack& windows_;
+  Subscription events_;
+  Signal<> overOthers_;
+  Signal<> overOwn_;
+  QTimer due_;
+  QElapsedTimer sinceReport_;
+};
+
+}  // namespace velicor::desktop

@@ -1,0 +1,93 @@
+#include "platform/desktop/stacking.h"
+
+#include <algorithm>
+
+#include <QRegion>
+
+namespace velicor::desktop {
+
+namespace {
+
+QRegion regionOf(const DeviceRect& rect) { return {rect.x, rect.y, rect.width, rect.height}; }
+
+bool isBypassing(const StackedWindow& window) { return window.own && window.own->bypassing; }
+
+bool isForeignOrdinary(const StackedWindow& window) {
+  return !window.own && window.stackedBy == StackedBy::manager;
+}
+
+std::size_t indexOf(const Stack& stack, WindowId window) {
+  const auto entry = std::ranges::find(stack, window, &StackedWindow::id);
+  return static_cast<std::size_t>(entry - stack.begin());
+}
+
+// Our bypassing windows, lowest level first: a higher one then only has to look at what is already right.
+std::vector<WindowId> bypassingByLevel(const Stack& stack) {
+  std::vector<StackedWindow> found;
+  std::ranges::copy_if(stack, std::back_inserter(found), isBypassing);
+  std::ranges::stable_sort(found, {}, [](const StackedWindow& window) { return window.own->level; });
+  std::vector<WindowId> ids;
+  for (const StackedWindow& window : found) ids.push_back(window.id);
+  return ids;
+}
+
+// The highest window that has to be below, and the lowest of ours that has to be above.
+struct Bounds {
+  std::optional<std::size_t> floor;
+  std::optional<std::size_t> ceiling;
+};
+
+Bounds boundsOf(const Stack& stack, std::size_t subject) {
+  Bounds bounds;
+  const int level = stack[subject].own->level;
+  for (std::size_t i = 0; i < stack.size(); ++i) {
+    const bool lowerOwn = stack[i].own && i != subject && stack[i].own->level < level;
+    if (isForeignOrdinary(stack[i]) || lowerOwn) bounds.floor = i;
+  }
+  for (std::size_t i = stack.size(); i-- > (bounds.floor ? *bounds.floor + 1 : 0);) {
+    if (stack[i].own && stack[i].own->level > level) bounds.ceiling = i;
+  }
+  return bounds;
+}
+
+std::optional<RestackStep> stepFor(const Stack& stack, std::size_t subject) {
+  const Bounds bounds = boundsOf(stack, subject);
+  const bool tooLow = bounds.floor && subject < *bounds.floor;
+  const bool tooHigh = bounds.ceiling && subject > *bounds.ceiling;
+  if (!tooLow && !tooHigh) return std::nullopt;
+  if (bounds.floor) return RestackStep{stack[subject].id, stack[*bounds.floor].id, true};
+  return RestackStep{stack[subject].id, stack[*bounds.ceiling].id, false};
+}
+
+void apply(const RestackStep& step, Stack& stack) {
+  const auto from = stack.begin() + static_cast<std::ptrdiff_t>(indexOf(stack, step.window));
+  const StackedWindow moved = *from;
+  stack.erase(from);
+  const std::size_t sibling = indexOf(stack, step.sibling);
+  stack.insert(stack.begin() + static_cast<std::ptrdiff_t>(step.above ? sibling + 1 : sibling), moved);
+}
+
+}  // namespace
+
+std::vector<RestackStep> restackSteps(Stack stack) {
+  std::vector<RestackStep> steps;
+  for (const WindowId window : bypassingByLevel(stack)) {
+    const std::optional<RestackStep> step = stepFor(stack, indexOf(stack, window));
+    if (!step) continue;
+    apply(*step, stack);
+    steps.push_back(*step);
+  }
+  return steps;
+}
+
+bool isCovered(const Stack& stack, WindowId window) {
+  const std::size_t index = indexOf(stack, window);
+  if (index == stack.size()) return true;
+  QRegion visible = regionOf(stack[index].rect);
+  for (std::size_t i = index + 1; i < stack.size() && !visible.isEmpty(); ++i) {
+    if (!stack[i].own && stack[i].opaque) visible -= regionOf(stack[i].rect);
+  }
+  return visible.isEmpty();
+}
+
+}  // namespace velicor::desktop

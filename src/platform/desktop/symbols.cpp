@@ -1,0 +1,112 @@
+#include "platform/desktop/symbols.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include "platform/base/geometry.h"
+
+namespace velicor::desktop {
+
+namespace {
+
+constexpr double gridUnits = 16;
+
+// The square in device pixels, and how grid units become whole ones.
+struct Canvas {
+  QPainter& painter;
+  double side;  // of the square
+  double weight;
+
+  // A distance from the square's edge.
+  int at(double units) const { return roundHalfAway(units * side / gridUnits); }
+
+  // A stroke's width, at least one pixel.
+  int stroke() const { return std::max(1, at(weight)); }
+
+  // A width that can be centred in the square without halving a pixel.
+  int centred(int width) const {
+    const bool sameParity = (roundHalfAway(side) - width) % 2 == 0;
+    return sameParity ? width : width + 1;
+  }
+};
+
+void fillPolygon(const Canvas& canvas, std::initializer_list<QPointF> points) {
+  canvas.painter.drawPolygon(QPolygonF(QList<QPointF>(points)));
+}
+
+// Two crossed bars with an arrow head at each of the four ends.
+void drawMoveArrows(const Canvas& canvas) {
+  const double centre = canvas.side / 2;
+  const double halfBar = canvas.centred(canvas.stroke()) / 2.0;
+  const double headLength = canvas.at(3.6);
+  const double headHalf = canvas.centred(canvas.at(7.5)) / 2.0;
+  const double reach = centre - headLength + 0.5;
+  canvas.painter.drawRect(QRectF(centre - halfBar, centre - reach, 2 * halfBar, 2 * reach));
+  canvas.painter.drawRect(QRectF(centre - reach, centre - halfBar, 2 * reach, 2 * halfBar));
+  for (int quarter = 0; quarter < 4; ++quarter) {
+    canvas.painter.save();
+    canvas.painter.translate(centre, centre);
+    canvas.painter.rotate(90.0 * quarter);
+    fillPolygon(canvas, {{0, -centre}, {headHalf, headLength - centre}, {-headHalf, headLength - centre}});
+    canvas.painter.restore();
+  }
+}
+
+// A window's outline with its right part filled.
+void drawSidebarRight(const Canvas& canvas) {
+  const double stroke = canvas.stroke();
+  const double top = canvas.at(2);
+  const double left = canvas.at(0.5);
+  const QRectF outer(QPointF(left, top), QPointF(canvas.side - left, canvas.side - top));
+  const QRectF inner = outer.adjusted(stroke, stroke, -stroke, -stroke);
+  const double radius = canvas.at(2.7);
+  QPainterPath outline;
+  outline.addRoundedRect(outer, radius, radius);
+  QPainterPath hollow;
+  const double innerRadius = std::max(0.0, radius - stroke);
+  hollow.addRoundedRect(inner, innerRadius, innerRadius);
+  QPainterPath bar;
+  bar.addRect(QRectF(QPointF(canvas.at(9.5), top), outer.bottomRight()));
+  canvas.painter.drawPath(outline.subtracted(hollow.subtracted(bar)));
+}
+
+struct Symbol {
+  std::string_view name;
+  void (*draw)(const Canvas&);
+};
+
+constexpr std::array symbols{
+    Symbol{"arrow.up.and.down.and.arrow.left.and.right", drawMoveArrows},
+    Symbol{"sidebar.right", drawSidebarRight},
+};
+
+const Symbol* find(std::string_view name) {
+  const auto* found = std::ranges::find(symbols, name, &Symbol::name);
+  return found == symbols.end() ? nullptr : found;
+}
+
+}  // namespace
+
+bool hasSymbol(std::string_view name) { return find(name) != nullptr; }
+
+void drawSymbol(QPainter& painter, std::string_view name, const QRectF& rect, const QColor& color,
+                SymbolWeight weight) {
+  const Symbol* symbol = find(name);
+  if (!symbol) return;
+  const double scale = painter.device()->devicePixelRatio();
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(Qt::NoPen);
+  painter.setBrush(color);
+  painter.translate(rect.topLeft());
+  painter.scale(1 / scale, 1 / scale);
+  const double side = std::min(rect.width(), rect.height()) * scale;
+  symbol->draw({painter, side, weight == SymbolWeight::bold ? 2.0 : 1.5});
+  painter.restore();
+}
+
+}  // namespace velicor::desktop

@@ -1,0 +1,117 @@
+#include "platform/desktop/toolkit_window.h"
+
+#include <QApplication>
+#include <QWidget>
+#include <QWindow>
+#include <xcb/shape.h>
+#include <xcb/xcb.h>
+
+#include "platform/x11/owned.h"
+
+namespace velicor::desktop::toolkit {
+
+namespace {
+
+constexpr const char* levelProperty = "velicorLevel";
+
+// None on another platform than X11, such as the off-screen one.
+xcb_connection_t* connection() {
+  const auto* native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+  return native ? native->connection() : nullptr;
+}
+
+xcb_window_t root() { return xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root; }
+
+// A checked request whose outcome nobody wants: neither an error nor its report by the toolkit.
+void forget(xcb_void_cookie_t cookie) {
+  xcb_discard_reply(connection(), cookie.sequence);
+  xcb_flush(connection());
+}
+
+std::uint32_t asWord(int value) { return static_cast<std::uint32_t>(value); }
+
+template <typename Reply, typename Cookie>
+x11::Owned<Reply> reply(Reply* (*fetch)(xcb_connection_t*, Cookie, xcb_generic_error_t**), Cookie cookie) {
+  xcb_generic_error_t* error = nullptr;
+  x11::Owned<Reply> result(fetch(connection(), cookie, &error));
+  const x11::Owned<xcb_generic_error_t> dropped(error);
+  return result;
+}
+
+}  // namespace
+
+WindowId identifierOf(QWidget& window) {
+  return connection() ? static_cast<WindowId>(window.winId()) : WindowId{0};
+}
+
+void configure(WindowId window, const DeviceRect& rect) {
+  if (window == 0) return;
+  const std::uint32_t values[] = {asWord(rect.x), asWord(rect.y), asWord(rect.width), asWord(rect.height)};
+  const std::uint16_t mask =
+      XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT;
+  forget(xcb_configure_window_checked(connection(), window, mask, values));
+}
+
+std::optional<DeviceRect> geometryOf(WindowId window) {
+  if (window == 0) return std::nullopt;
+  const auto sizeCookie = xcb_get_geometry(connection(), window);
+  const auto placeCookie = xcb_translate_coordinates(connection(), window, root(), 0, 0);
+  const auto size = reply(xcb_get_geometry_reply, sizeCookie);
+  const auto place = reply(xcb_translate_coordinates_reply, placeCookie);
+  if (!size || !place) return std::nullopt;
+  return DeviceRect{place->dst_x, place->dst_y, size->width, size->height};
+}
+
+void setClickThrough(WindowId window, bool on) {
+  if (window == 0) return;
+  // The toolkit's own flag would leave a rectangle behind that does not follow the window's size.
+  forget(on ? xcb_shape_rectangles_checked(connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,
+                                           XCB_CLIP_ORDERING_UNSORTED, window, 0, 0, 0, nullptr)
+            : xcb_shape_mask_checked(connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, window, 0, 0,
+                                     XCB_PIXMAP_NONE));
+}
+
+WindowId focusedWindow() {
+  if (!connection()) return 0;
+  const auto focus = reply(xcb_get_input_focus_reply, xcb_get_input_focus(connection()));
+  return focus ? focus->focus : WindowId{XCB_NONE};
+}
+
+void focus(WindowId window) {
+  if (!connection()) return;
+  forget(xcb_set_input_focus_checked(connection(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME));
+}
+
+void removeShadow(WindowId window) {
+  if (window == 0) return;
+  static constexpr char name[] = "_COMPTON_SHADOW";
+  const auto atom = reply(xcb_intern_atom_reply, xcb_intern_atom(connection(), 0, sizeof name - 1, name));
+  const std::uint32_t none = 0;
+  if (!atom) return;
+  forget(xcb_change_property_checked(connection(), XCB_PROP_MODE_REPLACE, window, atom->atom, XCB_ATOM_CARDINAL,
+                                     32, 1, &none));
+}
+
+void setLevel(QWidget& window, int level) {
+  window.setProperty(levelProperty, level);
+  const bool bypassing = window.windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
+  if (!bypassing && window.windowHandle()) {
+    window.windowHandle()->setFlag(Qt::WindowStaysOnTopHint, level > 0);
+  }
+}
+
+int levelOf(const QWidget& window) { return window.property(levelProperty).toInt(); }
+
+std::vector<ShownWindow> shownWindows() {
+  std::vector<ShownWindow> shown;
+  for (const QWidget* window : QApplication::topLevelWidgets()) {
+    if (!window->isVisible() || !window->windowHandle()) continue;
+    const Qt::WindowFlags flags = window->windowFlags();
+    // Menus and tooltips of ours place themselves; only panels are placed by us.
+    const bool bypassing = flags.testFlag(Qt::X11BypassWindowManagerHint) && window->property(levelProperty).isValid();
+    shown.push_back({static_cast<WindowId>(window->windowHandle()->winId()), {levelOf(*window), bypassing}});
+  }
+  return shown;
+}
+
+}  // namespace velicor::desktop::toolkit

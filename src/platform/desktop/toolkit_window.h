@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "platform/base/geometry.h"
+#include "platform/desktop/stacking.h"
+
+class QWidget;
+
+// Requests about windows that the toolkit made. They go out on the toolkit's own connection, so that the server
+// sees them in one order with the toolkit's requests; errors (a window that has gone) are dropped. Main thread.
+namespace velicor::desktop::toolkit {
+
+// Identifies a top-level widget to the server; makes its window if need be. 0 without an X server.
+WindowId identifierOf(QWidget& window);
+
+// Exact device pixels, where the toolkit itself knows whole points only.
+void configure(WindowId window, const DeviceRect& rect);
+
+// Where the window really is. A round trip; none when the window has gone.
+std::optional<DeviceRect> geometryOf(WindowId window);
+
+// Whether the pointer passes the window by. Lasts until the window is unmapped by others than us at least; is
+// set again after every map.
+void setClickThrough(WindowId window, bool on);
+
+// Which window has the keyboard. A round trip.
+WindowId focusedWindow();
+void focus(WindowId window);
+
+// Asks compositing managers to draw no shadow.
+void removeShadow(WindowId window);
+
+// A level among our windows; goes with the widget, shown or not. 0 for windows that were given none.
+void setLevel(QWidget& window, int level);
+int levelOf(const QWidget& window);
+
+struct ShownWindow {
+  WindowId id;
+  OwnWindow facts;
+};
+
+// Our visible top-level windows.
+std::vector<ShownWindow> shownWindows();
+
+}  // namespace velicor::desktop::toolkit
