@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "analysis/kernels/image_access.h"
+#include "analysis/kernels/kernel_interface.h"
+#include "analysis/kernels/native_kernels.h"
+
+namespace velicor::kernels {
+
+namespace {
+
+// A place between texels along one axis, in 1/256 of a texel: the two neighbours, held within the texture,
+// and the weight of the second.
+struct Tap {
+  int first;
+  int second;
+  std::uint32_t weight;
+};
+
+// Texel centres lie at (i + 0.5) / count. Rounding to 1/256 makes an exact hit of what should be one.
+std::int64_t position(double coordinate, int count) { return std::llround((coordinate * count - 0.5) * 256); }
+
+Tap tapAt(std::int64_t position, int count) {
+  const auto texel = static_cast<int>(position >> 8);
+  return {std::clamp(texel, 0, count - 1), std::clamp(texel + 1, 0, count - 1),
+          static_cast<std::uint32_t>(position & 255)};
+}
+
+bool isInside(double coordinate) { return coordinate >= 0 && coordinate < 1; }
+
+std::uint32_t mix(std::byte a, std::byte b, std::uint32_t weight) {
+  return std::to_integer<std::uint32_t>(a) * (256 - weight) + std::to_integer<std::uint32_t>(b) * weight;
+}
+
+// One texture's pixels on their way into one row of the target.
+class RowSampler {
+ public:
+  RowSampler(const gpu::NativeImage& source, const gpu::NativeImage& target, double v)
+      : tap_(tapAt(position(v, source.height), source.height)),
+        upper_(source.row(tap_.first)),
+        lower_(source.row(tap_.second)),
+        swaps_(source.format != target.format) {}
+
+  bool isOnRow() const { return tap_.weight == 0; }
+
+  // Bilinear, rounded to the nearest once.
+  void sample(Tap x, std::byte* to) const {
+    const std::byte* corners[4] = {texel(upper_, x.first), texel(upper_, x.second), texel(lower_, x.first),
+                                   texel(lower_, x.second)};
+    for (std::size_t i = 0; i < gpu::bytesPerPixel; ++i) {
+      const std::uint32_t top = mix(corners[0][i], corners[1][i], x.weight);
+      const std::uint32_t bottom = mix(corners[2][i], corners[3][i], x.weight);
+      to[target(i)] = static_cast<std::byte>((top * (256 - tap_.weight) + bottom * tap_.weight + 32768) >> 16);
+    }
+  }
+
+  // Texels that fall on pixels one by one.
+  void copy(int firstTexel, int count, std::byte* to) const {
+    const std::byte* from = texel(upper_, firstTexel);
+    if (!swaps_) {
+      std::memcpy(to, from, gpu::bytesPerPixel * static_cast<std::size_t>(count));
+      return;
+    }
+    for (int i = 0; i < count; ++i, from += gpu::bytesPerPixel, to += gpu::bytesPerPixel) {
+      const std::byte pixel[gpu::bytesPerPixel] = {from[2], from[1], from[0], from[3]};
+      std::memcpy(to, pixel, sizeof pixel);
+    }
+  }
+
+ private:
+  static const std::byte* texel(const std::byte* row, int x) {
+    return row + gpu::bytesPerPixel * static_cast<std::size_t>(x);
+  }
+  std::size_t target(std::size_t channel) const { return swaps_ && channel != 3 ? 2 - channel : channel; }
+
+  Tap tap_;
+  const std::byte* upper_;
+  const std::byte* lower_;
+  bool swaps_;
+};
+
+// The pixels of a span whose horizontal coordinate lies inside the texture.
+struct InnerSpan {
+  int begin;
+  int end;
+};
+
+InnerSpan innerSpan(const gpu::FragmentSpan& span) {
+  const auto at = [&](int x) { return span.u + span.du * (x - span.xBegin); };
+  InnerSpan inner{span.xBegin, span.xEnd};
+  while (inner.begin < inner.end && !isInside(at(inner.begin))) ++inner.begin;
+  while (inner.begin < inner.end && !isInside(at(inner.end - 1))) --inner.end;
+  return inner;
+}
+
+}  // namespace
+
+gpu::NativeVertex blitVertex(const gpu::NativeArguments& arguments, int vertexIndex) {
+  const auto scale = arguments.value<Scale>(0);
+  // Twice the square in both directions; what lies beyond the texture is left out again.
+  const float x = vertexIndex == 1 ? 3.0F : -1.0F;
+  const float y = vertexIndex == 2 ? 3.0F : -1.0F;
+  return {x * scale.x, y * scale.y, (x + 1) * 0.5F, (1 - y) * 0.5F};
+}
+
+void blitFragment(const gpu::NativeArguments& arguments, const gpu::FragmentSpan& span) {
+  const gpu::NativeImage& source = arguments.texture(0);
+  if (!isInside(span.v)) return;
+  const RowSampler sampler(source, span.target, span.v);
+  const auto [begin, end] = innerSpan(span);
+  if (begin >= end) return;
+  const auto positionAt = [&](int x) { return position(span.u + span.du * (x - span.xBegin), source.width); };
+  std::byte* to = span.target.pixel(begin, span.y);
+  const std::int64_t first = positionAt(begin);
+  const std::int64_t last = positionAt(end - 1);
+  if (sampler.isOnRow() && (first & 255) == 0 && last - first == std::int64_t{256} * (end - 1 - begin)) {
+    sampler.copy(static_cast<int>(first >> 8), end - begin, to);
+    return;
+  }
+  for (int x = begin; x < end; ++x, to += gpu::bytesPerPixel) sampler.sample(tapAt(positionAt(x), source.width), to);
+}
+
+}  // namespace velicor::kernels

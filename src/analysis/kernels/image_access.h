@@ -1,0 +1,45 @@
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include "analysis/kernels/pixel_math.h"
+#include "platform/gpu/native/native_kernel.h"
+
+// How the native kernels read and write pixels.
+namespace velicor::kernels {
+
+// Byte positions of the channels within a pixel.
+struct ChannelOrder {
+  std::size_t red;
+  std::size_t blue;
+};
+
+inline ChannelOrder orderOf(gpu::PixelFormat format) {
+  return format == gpu::PixelFormat::bgra8Unorm ? ChannelOrder{2, 0} : ChannelOrder{0, 2};
+}
+
+inline color::Pixel pixelAt(const std::byte* pixel, ChannelOrder order) {
+  return {std::to_integer<std::int32_t>(pixel[order.red]), std::to_integer<std::int32_t>(pixel[1]),
+          std::to_integer<std::int32_t>(pixel[order.blue])};
+}
+
+// Four bytes as they lie in memory.
+using Packed = std::uint32_t;
+
+inline Packed packed(std::array<std::uint8_t, 4> bytes) {
+  Packed result;
+  std::memcpy(&result, bytes.data(), sizeof result);
+  return result;
+}
+
+inline void store(std::byte* pixel, Packed value) { std::memcpy(pixel, &value, sizeof value); }
+
+// 0…1 to the nearest byte.
+inline std::uint8_t byteOf(float component) {
+  return static_cast<std::uint8_t>(std::fmin(std::fmax(component, 0.0F), 1.0F) * 255.0F + 0.5F);
+}
+
+}  // namespace velicor::kernels

@@ -1,0 +1,193 @@
+#include "analysis/metal_processor.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+
+#include "analysis/kernels/default_library.h"
+#include "analysis/kernels/kernel_interface.h"
+#include "diagnostics/debug_dump.h"
+#include "platform/dispatch/main_queue.h"
+#include "platform/dispatch/serial_queue.h"
+
+namespace velicor {
+
+namespace {
+
+constexpr double maxSamples = 250000;
+constexpr int minFrameSide = 2;
+constexpr int dumpedFrame = 60;
+
+// A picture that kernels write and views read.
+std::shared_ptr<gpu::Texture> makePicture(gpu::Device& device, gpu::Extent size) {
+  return device.makeTexture({gpu::PixelFormat::rgba8Unorm, size.width, size.height,
+                             gpu::TextureUsage::shaderRead | gpu::TextureUsage::shaderWrite,
+                             gpu::StorageMode::deviceOnly});
+}
+
+}  // namespace
+
+std::optional<MetalProcessor::Mode> MetalProcessor::modeFrom(int rawValue) {
+  for (const Mode mode : allModes) {
+    if (id(mode) == rawValue) return mode;
+  }
+  return std::nullopt;
+}
+
+std::shared_ptr<MetalProcessor> MetalProcessor::create(std::shared_ptr<gpu::Device> device) {
+  if (!device) return nullptr;
+  const std::shared_ptr<MetalProcessor> processor(new MetalProcessor(std::move(device)));
+  return processor->prepare() ? processor : nullptr;
+}
+
+bool MetalProcessor::prepare() {
+  queue_ = device_->makeCommandQueue();
+  if (!queue_ || !buildPipelines()) return false;
+  vsBuffer_ = device_->makeBuffer(kernels::vectorscopeBytes, gpu::StorageMode::deviceOnly);
+  paradeBuffer_ = device_->makeBuffer(kernels::paradeBytes, gpu::StorageMode::deviceOnly);
+  vsTexture_ = makePicture(*device_, {kernels::vectorscopeSide, kernels::vectorscopeSide});
+  paradeTexture_ = makePicture(*device_, {kernels::paradeWidth, kernels::paradeHeight});
+  if (!vsBuffer_ || !paradeBuffer_ || !vsTexture_ || !paradeTexture_) return false;
+  textureCache_ = device_->makeTextureCache();
+  return textureCache_ != nullptr;
+}
+
+bool MetalProcessor::buildPipelines() {
+  const auto library = defaultLibrary(device_);
+  if (!library) return false;
+  const auto build = [&](const char* name) {
+    const auto function = library->function(name);
+    return function ? device_->makeComputePipeline(function) : nullptr;
+  };
+  pipelines_ = {build("falseColor"), build("accumulateScopes"), build("renderVectorscope"), build("renderParade")};
+  return pipelines_.falseColor && pipelines_.accumulate && pipelines_.vsRender && pipelines_.paradeRender;
+}
+
+void MetalProcessor::ingest(const PixelBufferRef& frame) {
+  const int width = frame->width();
+  const int height = frame->height();
+  if (width < minFrameSide || height < minFrameSide) return;
+  const std::scoped_lock guard(gpuLock_);
+  const auto wrapped = textureCache_->texture(frame, gpu::PixelFormat::bgra8Unorm, width, height);
+  if (!wrapped) return;
+  textureCache_->flush();
+  prepareRegionTexture({width, height});
+  if (!regionTexture_) return;
+  const auto commands = queue_->makeCommandBuffer();
+  if (!commands) return;
+  encodeUpload(*commands, wrapped);
+  ++ingestCount_;
+  encodeAnalysis(*commands, ingestCount_ % std::max(1, scopeDivider.load()) == 0);
+  commands->addCompletedHandler([wrapped](const gpu::CommandBuffer&) { /* kept until here */ });
+  commands->commit();
+  if (ingestCount_ == dumpedFrame && std::getenv("VELICOR_DUMP")) dumpPictures();
+}
+
+void MetalProcessor::prepareRegionTexture(gpu::Extent size) {
+  if (regionTexture_ && regionTexture_->size() == size) return;
+  regionTexture_ = device_->makeTexture({gpu::PixelFormat::bgra8Unorm, size.width, size.height,
+                                         gpu::TextureUsage::shaderRead, gpu::StorageMode::deviceOnly});
+}
+
+void MetalProcessor::setPalette(const Palette::Buffer& palette) {
+  {
+    const std::scoped_lock guard(gpuLock_);
+    palette_ = palette;
+  }
+  reanalyze();
+}
+
+void MetalProcessor::reanalyze() {
+  const std::scoped_lock guard(gpuLock_);
+  const auto commands = regionTexture_ ? queue_->makeCommandBuffer() : nullptr;
+  if (!commands) return;
+  encodeAnalysis(*commands, true);
+  commands->commit();
+}
+
+void MetalProcessor::reset() {
+  {
+    const std::scoped_lock guard(gpuLock_);
+    regionTexture_ = nullptr;
+    outTexture_ = nullptr;
+    ingestCount_ = 0;
+    ++session_;
+  }
+  {
+    const std::scoped_lock guard(lock_);
+    results_ = {};
+  }
+  announceLater(shared_from_this(), true);
+}
+
+void MetalProcessor::encodeAnalysis(gpu::CommandBuffer& commands, bool includeScopes) {
+  if (!regionTexture_) return;
+  const Mode previewMode = mode;
+  const bool wantsPreview = previewMode != Mode::original && previewEnabled;
+  if (wantsPreview) {
+    if (!outTexture_ || outTexture_->size() != regionTexture_->size()) {
+      outTexture_ = makePicture(*device_, regionTexture_->size());
+    }
+    if (outTexture_) encodePreview(commands, previewMode);
+  }
+  if (includeScopes) encodeScopes(commands);
+  const Outcome outcome{wantsPreview ? outTexture_ : nullptr, regionTexture_, includeScopes, session_};
+  commands.addCompletedHandler([weak = weak_from_this(), outcome](const gpu::CommandBuffer&) {
+    if (auto self = weak.lock()) publish(std::move(self), outcome);
+  });
+}
+
+void MetalProcessor::publish(std::shared_ptr<MetalProcessor> self, const Outcome& outcome) {
+  {
+    const std::scoped_lock guard(self->lock_);
+    if (outcome.session == self->session_) {
+      self->results_.preview = outcome.preview;
+      self->results_.frame = outcome.frame;
+      if (outcome.includesScopes) {
+        self->results_.vectorscope = self->vsTexture_;
+        self->results_.parade = self->paradeTexture_;
+      }
+    }
+  }
+  announceLater(std::move(self), outcome.includesScopes);
+}
+
+void MetalProcessor::announceLater(std::shared_ptr<MetalProcessor> self, bool includesScopes) {
+  std::weak_ptr<MetalProcessor> weak = self;
+  dispatch::MainQueue::shared().async([keeper = std::move(self), weak, includesScopes]() mutable {
+    // When the owner is gone meanwhile, the processor ends here, on the main thread, and nobody is called.
+    keeper = nullptr;
+    const auto processor = weak.lock();
+    if (!processor) return;
+    if (processor->onPreview) processor->onPreview();
+    if (includesScopes && processor->onScopes) processor->onScopes();
+  });
+}
+
+void MetalProcessor::dumpPictures() {
+  dispatch::backgroundQueue().async(
+      [queue = queue_, loupe = outTexture_, vectorscope = vsTexture_, parade = paradeTexture_] {
+        if (loupe) DebugDump::write(loupe, queue, "loupe");
+        DebugDump::write(vectorscope, queue, "vectorscope");
+        DebugDump::write(parade, queue, "parade");
+      });
+}
+
+std::shared_ptr<gpu::Texture> MetalProcessor::published(std::shared_ptr<gpu::Texture> Results::*result) const {
+  const std::scoped_lock guard(lock_);
+  return results_.*result;
+}
+
+std::shared_ptr<gpu::Texture> MetalProcessor::preview() const { return published(&Results::preview); }
+std::shared_ptr<gpu::Texture> MetalProcessor::vectorscope() const { return published(&Results::vectorscope); }
+std::shared_ptr<gpu::Texture> MetalProcessor::parade() const { return published(&Results::parade); }
+std::shared_ptr<gpu::Texture> MetalProcessor::frame() const { return published(&Results::frame); }
+
+int MetalProcessor::sampleStride(int width, int height) {
+  const double pixels = static_cast<double>(width) * height;
+  if (pixels <= maxSamples) return 1;
+  return std::max(1, static_cast<int>(std::ceil(std::sqrt(pixels / maxSamples))));
+}
+
+}  // namespace velicor
