@@ -76,6 +76,7 @@ struct StreamConfiguration {
   DisplayRect sourceRect;  // what is captured, in points of the display
   int width = 0;           // size of the frames in pixels
   int height = 0;
+  double pixelsPerPoint = 0;  // the display's scale; 0: width / sourceRect.width, which is off where it rounds
   PixelFormat pixelFormat = PixelFormat::bgra32;
   ColorSpace colorSpace = ColorSpace::sRGB;
   FrameInterval minimumFrameInterval;

@@ -1,0 +1,79 @@
+#include "platform/screencapture/x11/capture_memory.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace velicor::screencapture {
+
+Segment::Segment(std::byte* bytes, std::size_t size, std::uint32_t serverId, Unmap unmap)
+    : bytes_(bytes), size_(size), serverId_(serverId), unmap_(std::move(unmap)) {}
+
+Segment::~Segment() {
+  if (unmap_) unmap_(bytes_, size_);
+}
+
+SegmentPool::SegmentPool(SegmentSource& source, int depth, std::function<void()> onFree)
+    : source_(source), depth_(depth), hunger_(std::make_shared<Hunger>()) {
+  hunger_->onFree = std::move(onFree);
+}
+
+SegmentPool::~SegmentPool() {
+  for (const auto& segment : segments_) source_.retire(*segment);
+}
+
+int SegmentPool::inUse() const {
+  return static_cast<int>(std::count_if(segments_.begin(), segments_.end(),
+                                        [](const auto& segment) { return segment->inUse_.load(); }));
+}
+
+bool SegmentPool::hasFree() {
+  // Announced before looking: a segment that comes back after the look then tells.
+  hunger_->waiting = true;
+  if (inUse() >= depth_) return false;
+  hunger_->waiting = false;
+  return true;
+}
+
+std::shared_ptr<Segment> SegmentPool::pickFree() {
+  const auto firstFree = [this](bool lastToo) {
+    return std::find_if(segments_.begin(), segments_.end(), [this, lastToo](const auto& segment) {
+      return !segment->inUse_.load() && (lastToo || segment != last_);
+    });
+  };
+  auto place = firstFree(false);
+  if (place == segments_.end() && static_cast<int>(segments_.size()) < depth_) return nullptr;
+  if (place == segments_.end()) place = firstFree(true);
+  return place == segments_.end() ? nullptr : *place;
+}
+
+std::shared_ptr<Segment> SegmentPool::acquire(std::size_t size) {
+  if (!hasFree()) return nullptr;
+  std::shared_ptr<Segment> segment = pickFree();
+  if (segment && segment->size() < size) {
+    source_.retire(*segment);
+    std::erase(segments_, segment);
+    if (segment == last_) last_ = nullptr;
+    segment = nullptr;
+  }
+  if (!segment) {
+    segment = source_.make(size);
+    if (!segment) return nullptr;
+    segments_.push_back(segment);
+  }
+  if (segment == last_) last_ = nullptr;
+  segment->inUse_ = true;
+  return segment;
+}
+
+PixelBufferRef SegmentPool::publish(const std::shared_ptr<Segment>& segment, int width, int height) {
+  last_ = segment;
+  const auto release = [segment, hunger = hunger_] {
+    segment->inUse_ = false;
+    if (hunger->waiting.exchange(false)) hunger->onFree();
+  };
+  return std::make_shared<PixelBuffer>(width, height, static_cast<std::size_t>(width) * 4, segment->bytes(), release);
+}
+
+void SegmentPool::giveBack(const std::shared_ptr<Segment>& segment) { segment->inUse_ = false; }
+
+}  // namespace velicor::screencapture

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "platform/base/pixel_buffer.h"
+
+namespace velicor::screencapture {
+
+// Memory for one frame, possibly shared with the X server.
+class Segment {
+ public:
+  // Gives the memory back on destruction, on any thread.
+  using Unmap = std::function<void(std::byte* bytes, std::size_t size)>;
+
+  Segment(std::byte* bytes, std::size_t size, std::uint32_t serverId, Unmap unmap);
+  ~Segment();
+  Segment(const Segment&) = delete;
+  Segment& operator=(const Segment&) = delete;
+
+  std::byte* bytes() const { return bytes_; }
+  std::size_t size() const { return size_; }
+
+  // The server's name of the same memory; 0: the server does not know it.
+  std::uint32_t serverId() const { return serverId_; }
+
+ private:
+  friend class SegmentPool;
+
+  std::byte* bytes_;
+  std::size_t size_;
+  std::uint32_t serverId_;
+  Unmap unmap_;
+  std::atomic<bool> inUse_{false};
+};
+
+// Where segments come from and go to. Used on the pool's thread only.
+class SegmentSource {
+ public:
+  virtual ~SegmentSource() = default;
+
+  // At least this large; none when no memory can be had.
+  virtual std::shared_ptr<Segment> make(std::size_t size) = 0;
+
+  // The server forgets the segment; its memory lives on while a frame in it does.
+  virtual void retire(const Segment& segment) = 0;
+};
+
+// A fixed number of frames that may be in use at once. A segment is in use from acquire() until the last
+// reference to the frame made of it is gone, on whatever thread that happens; the pool itself belongs to one
+// thread, and frames may outlive it.
+class SegmentPool {
+ public:
+  // `onFree` is called, on any thread, when a segment comes back after acquire() or hasFree() had found none.
+  SegmentPool(SegmentSource& source, int depth, std::function<void()> onFree);
+  ~SegmentPool();
+  SegmentPool(const SegmentPool&) = delete;
+  SegmentPool& operator=(const SegmentPool&) = delete;
+
+  // Fewer than what is in use just means that none is handed out until enough came back.
+  void setDepth(int depth) { depth_ = depth; }
+
+  // A segment to write a frame of this size into; none while all are in use or no memory can be had. The one
+  // that holds the last frame is kept back while there is another.
+  std::shared_ptr<Segment> acquire(std::size_t size);
+
+  // Whether acquire() would find one that is not in use. Where not, `onFree` tells.
+  bool hasFree();
+
+  // For a segment from acquire(): what was written is the frame now, and the last one.
+  PixelBufferRef publish(const std::shared_ptr<Segment>& segment, int width, int height);
+
+  // For a segment from acquire(): nothing worth keeping was written.
+  void giveBack(const std::shared_ptr<Segment>& segment);
+
+  // The last frame's memory, for comparing; none before the first frame, and while acquire() had to hand it
+  // out again.
+  const Segment* last() const { return last_.get(); }
+
+ private:
+  struct Hunger {
+    std::atomic<bool> waiting{false};
+    std::function<void()> onFree;
+  };
+
+  int inUse() const;
+  std::shared_ptr<Segment> pickFree();
+
+  SegmentSource& source_;
+  int depth_;
+  std::shared_ptr<Hunger> hunger_;
+  std::vector<std::shared_ptr<Segment>> segments_;
+  std::shared_ptr<Segment> last_;
+};
+
+}  // namespace velicor::screencapture

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/base/error.h"
+#include "platform/screencapture/screen_capture.h"
+#include "platform/x11/own_clients.h"
+
+namespace velicor::screencapture {
+
+// The capture service on an X server, on a connection and a thread of its own. Fails only where no server can
+// be reached; one that does not let us read windows gives a service without access.
+//
+// To be made before the first window of this process exists, and kept as long as the process: from now on
+// every window keeps its whole picture, also where others cover it. What was covered before has to be drawn
+// anew by its program first, and would show our own windows until then.
+Result<std::unique_ptr<Service>> makeX11Service(const std::string& displayName = {},
+                                                x11::OwnClients& own = x11::OwnClients::shared());
+
+}  // namespace velicor::screencapture

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "platform/screencapture/frame_pacer.h"
+#include "platform/screencapture/screen_capture.h"
+#include "platform/screencapture/x11/capture_memory.h"
+#include "platform/screencapture/x11/delivery.h"
+#include "platform/screencapture/x11/process_directory.h"
+#include "platform/screencapture/x11/scene_renderer.h"
+#include "platform/screencapture/x11/server_memory.h"
+#include "platform/screencapture/x11/stack_watcher.h"
+
+namespace velicor::screencapture {
+
+// What the workers of all streams share on the capture thread.
+struct CaptureContext {
+  x11::Connection& connection;
+  const VisualFormats& formats;
+  const StackWatcher& watcher;
+  const ProcessDirectory& processes;
+};
+
+// One running stream on the capture thread: looks when it is time, composes, and sends samples off.
+class StreamWorker {
+ public:
+  using Instant = FramePacer::Instant;
+
+  // `onFree` is called on any thread when the stream waited for a segment and got one back.
+  StreamWorker(const CaptureContext& context, std::shared_ptr<Delivery> delivery, const ContentFilter& filter,
+               const StreamConfiguration& configuration, const DeviceRect& monitor, std::function<void()> onFree);
+
+  // Take effect with the next frame.
+  void setConfiguration(const StreamConfiguration& configuration);
+  void setFilter(const ContentFilter& filter, const DeviceRect& monitor);
+  void setMonitor(const DeviceRect& monitor);
+
+  // The clients of the processes to leave out may have changed.
+  void refreshFilter();
+
+  // The windows may have changed.
+  void stir() { pacer_.stir(); }
+  void take(const xcb_generic_event_t& event);
+  bool take(const xcb_generic_error_t& error) { return renderer_.take(error); }
+
+  // When look() has something to do; none: nothing before the next event.
+  std::optional<Instant> due();
+
+  // Looks at the screen and sends a sample. The watcher must be up to date. The error ends the stream.
+  Status look(Instant now);
+
+  const std::shared_ptr<Delivery>& delivery() const { return delivery_; }
+  const ContentFilter& filter() const { return filter_; }
+  std::vector<WindowId> takeRefused() { return renderer_.takeRefused(); }
+
+ private:
+  ScenePlan plan() const;
+  Status makeFrame(Instant now, const ScenePlan& plan, bool rearranged, bool drawn);
+  Status skip(Instant now);
+  void sendIdle(Instant now);
+  bool looksLikeLast(const Segment& segment) const;
+
+  CaptureContext context_;
+  std::shared_ptr<Delivery> delivery_;
+  ContentFilter filter_;
+  StreamConfiguration configuration_;
+  DeviceRect monitor_;
+  x11::ClientSet leftOut_;
+  FramePacer pacer_;
+  SceneRenderer renderer_;
+  ServerMemory memory_;
+  SegmentPool pool_;
+  std::optional<ScenePlan> shown_;  // the plan of the last frame
+  int failures_ = 0;                // in a row
+};
+
+}  // namespace velicor::screencapture
