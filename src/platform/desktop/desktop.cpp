@@ -8,6 +8,7 @@
 #include "platform/desktop/display_server.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/pointer.h"
+#include "platform/desktop/toolkit_window.h"
 #include "platform/desktop/window_stack.h"
 
 namespace velicor::desktop {
@@ -23,6 +24,7 @@ struct Desktop::Services {
 };
 
 Result<std::unique_ptr<Desktop>> Desktop::open() {
+  toolkit::joinOwnClients();
   auto connection = x11::Connection::open();
   if (!connection) return tl::make_unexpected(connection.error());
   return std::unique_ptr<Desktop>(new Desktop(std::make_unique<Services>(std::move(*connection))));

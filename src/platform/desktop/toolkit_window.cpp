@@ -6,6 +6,7 @@
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 
+#include "platform/x11/own_clients.h"
 #include "platform/x11/owned.h"
 
 namespace velicor::desktop::toolkit {
@@ -39,6 +40,10 @@ x11::Owned<Reply> reply(Reply* (*fetch)(xcb_connection_t*, Cookie, xcb_generic_e
 }
 
 }  // namespace
+
+void joinOwnClients() {
+  if (xcb_connection_t* const own = connection()) x11::OwnClients::shared().add(own);
+}
 
 WindowId identifierOf(QWidget& window) {
   return connection() ? static_cast<WindowId>(window.winId()) : WindowId{0};

@@ -13,6 +13,9 @@ class QWidget;
 // sees them in one order with the toolkit's requests; errors (a window that has gone) are dropped. Main thread.
 namespace velicor::desktop::toolkit {
 
+// Makes the toolkit's connection known as one of this process's, before its first window.
+void joinOwnClients();
+
 // Identifies a top-level widget to the server; makes its window if need be. 0 without an X server.
 WindowId identifierOf(QWidget& window);
 
