@@ -12,7 +12,7 @@ std::shared_ptr<CommandQueue> Device::makeCommandQueue() {
 
 std::shared_ptr<Buffer> Device::makeBuffer(std::size_t length, StorageMode storageMode) {
   require(length > 0, "a buffer without bytes");
-  return onMakeBuffer(length, storageMode);
+  return length <= maxBufferLength ? onMakeBuffer(length, storageMode) : nullptr;
 }
 
 std::shared_ptr<Texture> Device::makeTexture(const TextureDescriptor& descriptor) {

@@ -33,7 +33,7 @@ class Device : public std::enable_shared_from_this<Device> {
 
   std::shared_ptr<CommandQueue> makeCommandQueue();
 
-  // Contents are undefined until a command or the caller writes them.
+  // nullptr also above maxBufferLength. Contents are undefined until a command or the caller writes them.
   std::shared_ptr<Buffer> makeBuffer(std::size_t length, StorageMode storageMode);
 
   // nullptr also where a side is larger than maxTextureSide. Contents as above.

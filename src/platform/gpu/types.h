@@ -78,7 +78,8 @@ inline constexpr int maxBufferBindings = 4;
 // Inline bytes are meant for a few numbers, not for data.
 inline constexpr std::size_t maxInlineBytes = 4096;
 
-// Larger textures can't be made.
+// Larger textures and buffers can't be made.
 inline constexpr int maxTextureSide = 16384;
+inline constexpr std::size_t maxBufferLength = std::size_t{1} << 27;
 
 }  // namespace velicor::gpu

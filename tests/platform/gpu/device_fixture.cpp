@@ -1,0 +1,77 @@
+#include "platform/gpu/device_fixture.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace velicor::gpu::test {
+
+namespace {
+
+void addOne(const NativeArguments& arguments, GridRange) { ++arguments.array<std::uint32_t>(0, 1)[0]; }
+
+void twice(const NativeArguments& arguments, GridRange) { arguments.array<std::uint32_t>(0, 1)[0] *= 2; }
+
+void paintPositions(const NativeArguments& arguments, GridRange range) {
+  const NativeImage& image = arguments.texture(0);
+  for (int y = range.firstRow; y < std::min(range.endRow, image.height); ++y) {
+    for (int x = 0; x < std::min(range.width, image.width); ++x) {
+      const std::array pixel{static_cast<std::byte>(x), static_cast<std::byte>(y), std::byte{0}, std::byte{255}};
+      std::ranges::copy(pixel, image.pixel(x, y));
+    }
+  }
+}
+
+NativeVertex plainVertex(const NativeArguments& arguments, int index) {
+  return arguments.array<const NativeVertex>(0, 3)[static_cast<std::size_t>(index)];
+}
+
+void showCoordinates(const NativeArguments&, const FragmentSpan& span) {
+  const std::size_t red = span.target.format == PixelFormat::bgra8Unorm ? 2 : 0;
+  for (int x = span.xBegin; x < span.xEnd; ++x) {
+    std::byte* pixel = span.target.pixel(x, span.y);
+    pixel[red] = static_cast<std::byte>(std::lround(255 * (span.u + span.du * (x - span.xBegin))));
+    pixel[1] = static_cast<std::byte>(std::lround(255 * (span.v + span.dv * (x - span.xBegin))));
+    pixel[2 - red] = std::byte{0};
+    pixel[3] = std::byte{255};
+  }
+}
+
+}  // namespace
+
+KernelBundle testKernels() {
+  return {{"addOne", {.native = addOne, .spirv = {}}},
+          {"twice", {.native = twice, .spirv = {}}},
+          {"paintPositions", {.native = paintPositions, .spirv = {}}},
+          {"plainVertex", {.native = plainVertex, .spirv = {}}},
+          {"showCoordinates", {.native = showCoordinates, .spirv = {}}},
+          {"nowhere", {}}};
+}
+
+std::shared_ptr<CommandBuffer> DeviceTest::numberWork(CommandQueue& queue, const char* kernel,
+                                                      const std::shared_ptr<Buffer>& number) {
+  auto commands = queue.makeCommandBuffer();
+  const auto encoder = commands->makeComputeEncoder();
+  encoder->setPipeline(pipeline(kernel));
+  encoder->setBuffer(number, 0, 0);
+  encoder->dispatchThreadgroups({}, {});
+  encoder->endEncoding();
+  return commands;
+}
+
+std::vector<std::uint8_t> DeviceTest::pixelsOf(const std::shared_ptr<Texture>& source) {
+  const auto copied = texture(source->width(), source->height(), StorageMode::shared, source->pixelFormat());
+  const auto commands = queue_->makeCommandBuffer();
+  const auto blit = commands->makeBlitEncoder();
+  blit->copy({.source = source, .sourceOrigin = {}, .size = source->size(), .destination = copied,
+              .destinationOrigin = {}});
+  blit->endEncoding();
+  commands->commit();
+  commands->waitUntilCompleted();
+  const std::size_t bytesPerRow = bytesPerPixel * static_cast<std::size_t>(source->width());
+  std::vector<std::uint8_t> pixels(bytesPerRow * static_cast<std::size_t>(source->height()));
+  copied->getBytes(std::as_writable_bytes(std::span(pixels)), bytesPerRow, {{}, source->size()});
+  return pixels;
+}
+
+}  // namespace velicor::gpu::test
