@@ -129,12 +129,9 @@ void LoupeFrameView::mouseReleaseEvent(QMouseEvent* event) {
 
 void LoupeFrameView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  const Panel* panel = Panel::of(this);
   const double scale = devicePixelRatioF();
-  // What is painted fills the window's device pixels exactly.
-  const FrameRect area = panel ? FrameRect{0, 0, panel->deviceFrame().width / scale, panel->deviceFrame().height / scale}
-                               : bounds();
-  drawLoupeFrame(painter, area, {bounds(), isLocked, panelVisible, isInteracting_});
+  const desktop::DeviceSize pixels = Panel::deviceSizeOf(*this);
+  drawLoupeFrame(painter, {0, 0, pixels.width / scale, pixels.height / scale}, {bounds(), isLocked, panelVisible, isInteracting_});
 }
 
 }  // namespace velicor

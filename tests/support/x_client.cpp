@@ -92,14 +92,27 @@ xcb_window_t XClient::showPattern(const DeviceRect& place, Pattern pattern, Look
   map(window);
   if (!look.managed) return window;
   // The window manager has framed it when it says which state it is in.
-  const xcb_atom_t state = atom("WM_STATE");
-  const bool framed = eventually([&] {
-    const Freed<xcb_get_property_reply_t> reply{xcb_get_property_reply(
-        connection_, xcb_get_property(connection_, 0, window, state, XCB_ATOM_ANY, 0, 2), nullptr)};
-    return reply && reply->format == 32;
-  });
-  if (!framed) throw std::runtime_error("no window manager took the window");
+  if (!eventually([&] { return isManaged(window); })) {
+    throw std::runtime_error("no window manager took the window");
+  }
   return window;
+}
+
+bool XClient::isManaged(xcb_window_t window) const {
+  const Freed<xcb_get_property_reply_t> reply{xcb_get_property_reply(
+      connection_, xcb_get_property(connection_, 0, window, atom("WM_STATE"), XCB_ATOM_ANY, 0, 2), nullptr)};
+  return reply && reply->format == 32;
+}
+
+bool XClient::findManager() {
+  const xcb_window_t probe = makeWindow({0, 0, 10, 10}, {.managed = true});
+  const bool found = eventually([&] {
+    map(probe);
+    return isManaged(probe);
+  });
+  destroy(probe);
+  sync();
+  return found;
 }
 
 xcb_window_t XClient::showColour(const DeviceRect& place, std::uint32_t colour) {

@@ -76,6 +76,16 @@ class XClient {
   // The server has done all that was asked.
   void sync() const;
 
+  // Whether a window manager says which state the window is in.
+  bool isManaged(xcb_window_t window) const;
+
+  // Whether a window manager answers. One that is just starting may leave the first request lying until it
+  // gets another, so this one asks more than once.
+  bool findManager();
+
+  // Whether the window manager has put the window into a state.
+  bool isManaged(xcb_window_t window) const;
+
   bool waitForProperty(std::string_view rootProperty) const;
   bool waitForSelectionOwner(std::string_view selection, bool present) const;
 

@@ -108,8 +108,8 @@ XServer::XServer(const std::string& screen, const std::vector<std::string>& more
 }
 
 WindowManager::WindowManager(const XServer& server) : Program({"openbox", "--sm-disable"}, server.name()) {
-  const XClient client(server.name());
-  if (!client.waitForProperty("_NET_SUPPORTING_WM_CHECK")) throw std::runtime_error("openbox did not start");
+  XClient client(server.name());
+  if (!client.waitForProperty("_NET_SUPPORTING_WM_CHECK") || !client.findManager()) throw std::runtime_error("openbox did not start");
 }
 
 Painter::Painter(const XServer& server, const DeviceRect& place, int seed)

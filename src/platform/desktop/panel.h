@@ -15,6 +15,12 @@ namespace velicor::desktop {
 class Desktop;
 class Panel;
 
+struct DeviceSize {
+  int width = 0;
+  int height = 0;
+  friend bool operator==(const DeviceSize&, const DeviceSize&) = default;
+};
+
 // Hears that a panel has a new frame, whoever gave it.
 class PanelDelegate {
  public:
@@ -40,6 +46,9 @@ class Panel {
 
   // The panel whose window a widget is in, or none.
   static Panel* of(const QWidget* widget);
+
+  // A widget's size in device pixels: exact where it fills a panel, else the nearest to its size in points.
+  static DeviceSize deviceSizeOf(const QWidget& widget);
 
   // In points, fractions included. The window's edges are at the nearest device pixels.
   const DesktopRect& frame() const { return frame_; }

@@ -1,0 +1,143 @@
+#include "analysis/views/live_texture_view.h"
+
+#include <utility>
+
+#include <QImage>
+#include <QPainter>
+
+#include "platform/desktop/desktop.h"
+#include "platform/desktop/panel.h"
+#include "platform/desktop/window_stack.h"
+#include "platform/dispatch/main_queue.h"
+
+namespace velicor {
+
+namespace {
+
+constexpr gpu::ClearColor nearBlack{0.02, 0.02, 0.02, 1.0};
+
+// A view on the picture's memory, not a copy.
+QImage imageOf(const gpu::Picture& picture) {
+  return {reinterpret_cast<const uchar*>(picture.bytes()), picture.width(), picture.height(),
+          static_cast<qsizetype>(picture.bytesPerRow()), QImage::Format_RGB32};
+}
+
+}  // namespace
+
+LiveTextureView::LiveTextureView(std::shared_ptr<gpu::Device> device, notifications::Name signal, QWidget* parent)
+    : QWidget(parent),
+      device_(std::move(device)),
+      drawables_(device_->makeDrawables()),
+      life_(std::make_shared<LiveTextureView*>(this)) {
+  observer_ = notifications::NotificationCenter::defaultCenter().addObserver(
+      signal, [view = std::weak_ptr(life_)] {
+        if (const auto alive = view.lock()) (*alive)->signalled();
+      });
+}
+
+LiveTextureView::~LiveTextureView() = default;
+
+bool LiveTextureView::canBeSeen() const {
+  if (!isVisible() || window()->isMinimized()) return false;
+  const desktop::Panel* panel = desktop::Panel::of(this);
+  return !panel || !panel->isOccluded();
+}
+
+void LiveTextureView::signalled() {
+  missed_ = !canBeSeen();
+  if (!missed_) setNeedsDisplay();
+}
+
+// A still screen sends no further notification: what was missed is drawn when the view comes to light.
+void LiveTextureView::drawIfMissed() {
+  if (missed_ && canBeSeen()) setNeedsDisplay();
+}
+
+void LiveTextureView::setNeedsDisplay() {
+  if (std::exchange(scheduled_, true)) return;
+  dispatch::MainQueue::shared().async([view = std::weak_ptr(life_)] {
+    const auto alive = view.lock();
+    if (!alive || !std::exchange((*alive)->scheduled_, false)) return;
+    (*alive)->draw();
+  });
+}
+
+void LiveTextureView::draw() {
+  scheduled_ = false;
+  if (underWay_) {
+    again_ = true;
+    return;
+  }
+  missed_ = false;
+  if (const auto delegate = delegate_.lock()) delegate->draw(*this);
+  drawable_.reset();
+}
+
+gpu::Extent LiveTextureView::drawableSize() const {
+  const desktop::DeviceSize size = desktop::Panel::deviceSizeOf(*this);
+  return {size.width, size.height};
+}
+
+std::optional<gpu::RenderTarget> LiveTextureView::currentRenderTarget() {
+  const gpu::Extent size = drawableSize();
+  if (size.width <= 0 || size.height <= 0) return std::nullopt;
+  if (!drawable_) drawable_ = drawables_->next(size.width, size.height);
+  if (!drawable_) return std::nullopt;
+  return gpu::RenderTarget{drawable_->texture(), nearBlack};
+}
+
+void LiveTextureView::present(gpu::CommandBuffer& commandBuffer) {
+  if (!drawable_) return;
+  underWay_ = true;
+  commandBuffer.present(std::exchange(drawable_, nullptr));
+  commandBuffer.addCompletedHandler([view = std::weak_ptr(life_)](const gpu::CommandBuffer& done) {
+    const bool succeeded = done.status() != gpu::CommandBuffer::Status::failed;
+    // Only the main thread may hold the view: it could otherwise be left on this one.
+    dispatch::MainQueue::shared().async([view, succeeded] {
+      if (const auto alive = view.lock()) (*alive)->finished(succeeded);
+    });
+  });
+}
+
+void LiveTextureView::finished(bool succeeded) {
+  underWay_ = false;
+  if (succeeded) update();
+  if (std::exchange(again_, false)) draw();
+}
+
+void LiveTextureView::setAlphaValue(double alpha) {
+  alpha_ = alpha;
+  update();
+}
+
+void LiveTextureView::paintEvent(QPaintEvent*) {
+  const std::shared_ptr<const gpu::Picture> picture = drawables_->front();
+  if (!picture) return;
+  QImage image = imageOf(*picture);
+  QPainter painter(this);
+  painter.setOpacity(alpha_);
+  const gpu::Extent size = drawableSize();
+  if (image.width() == size.width && image.height() == size.height) {
+    image.setDevicePixelRatio(devicePixelRatioF());
+    painter.drawImage(0, 0, image);
+  } else {
+    painter.drawImage(rect(), image);  // until the draw in the new size is there
+  }
+}
+
+void LiveTextureView::resizeEvent(QResizeEvent*) {
+  if (canBeSeen()) setNeedsDisplay();
+}
+
+void LiveTextureView::showEvent(QShowEvent*) {
+  watchWindows();
+  setNeedsDisplay();
+}
+
+void LiveTextureView::watchWindows() {
+  const desktop::Panel* panel = desktop::Panel::of(this);
+  if (!panel || windows_.isActive()) return;
+  windows_ = panel->desktop().windows().changed.subscribe([this] { drawIfMissed(); });
+}
+
+}  // namespace velicor

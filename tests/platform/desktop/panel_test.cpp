@@ -1,0 +1,289 @@
+#include "platform/desktop/panel.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include <QApplication>
+#include <QPainter>
+#include <QWidget>
+#include <gtest/gtest.h>
+#include <xcb/shape.h>
+#include <xcb/xcb.h>
+
+#include "platform/desktop/compositor.h"
+#include "platform/desktop/desktop.h"
+#include "platform/desktop/monitor_screens.h"
+#include "platform/desktop/pointer.h"
+#include "platform/desktop/window_stack.h"
+#include "support/main_loop.h"
+#include "support/robot.h"
+#include "support/x11_main.h"
+#include "support/x_client.h"
+
+namespace velicor::desktop {
+namespace {
+
+using test::waitUntil;
+using test::xServer;
+
+class KeyPanel : public Panel {
+ public:
+  using Panel::Panel;
+  bool canBecomeKey() const override { return true; }
+};
+
+struct CountingDelegate : PanelDelegate {
+  void windowDidMove(Panel&) override { ++moves; }
+  void windowDidResize(Panel&) override { ++resizes; }
+  int moves = 0;
+  int resizes = 0;
+};
+
+class PanelTest : public testing::Test {
+ protected:
+  xcb_window_t idOf(const Panel& panel) const { return static_cast<xcb_window_t>(panel.window().winId()); }
+
+  DeviceRect serverRect(xcb_window_t window) {
+    auto* reply = xcb_get_geometry_reply(client.raw(), xcb_get_geometry(client.raw(), window), nullptr);
+    const DeviceRect rect = reply ? DeviceRect{reply->x, reply->y, reply->width, reply->height} : DeviceRect{};
+    std::free(reply);
+    return rect;
+  }
+
+  // Rectangles of the input shape: one for an untouched window, none where clicks fall through.
+  std::uint32_t inputRectangles(xcb_window_t window) {
+    auto* reply = xcb_shape_get_rectangles_reply(
+        client.raw(), xcb_shape_get_rectangles(client.raw(), window, XCB_SHAPE_SK_INPUT), nullptr);
+    const std::uint32_t count = reply ? reply->rectangles_len : 99;
+    std::free(reply);
+    return count;
+  }
+
+  xcb_window_t focus() {
+    auto* reply = xcb_get_input_focus_reply(client.raw(), xcb_get_input_focus(client.raw()), nullptr);
+    const xcb_window_t window = reply->focus;
+    std::free(reply);
+    return window;
+  }
+
+  bool shown(const Panel& panel) {
+    return waitUntil([&] {
+      return std::ranges::count(desktop->windows().windows(), idOf(panel), &StackedWindow::id) == 1;
+    });
+  }
+
+  // Whether the panel is above the child of the root window that covers `rect`.
+  bool isAbove(const Panel& panel, const DeviceRect& rect) {
+    bool seen = false;
+    for (const StackedWindow& window : desktop->windows().windows()) {
+      if (window.id == idOf(panel)) return seen;
+      if (window.rect.contains(rect)) seen = true;
+    }
+    return false;
+  }
+
+  std::unique_ptr<Desktop> desktop = std::move(*Desktop::open());
+  test::XClient client{xServer().name()};
+  test::Robot robot{xServer().name()};
+};
+
+TEST_F(PanelTest, standsWhereItWasPutToThePixel) {
+  Panel panel(*desktop, PanelKind::bypassing, {632.5, 362.5, 175, 175});
+  panel.orderFront();
+  ASSERT_TRUE(shown(panel));
+  EXPECT_EQ(serverRect(idOf(panel)), (DeviceRect{633, 363, 175, 175}));
+  EXPECT_EQ(panel.frame(), (DesktopRect{632.5, 362.5, 175, 175}));
+
+  CountingDelegate delegate;
+  panel.setDelegate(&delegate);
+  panel.setFrame({-40.25, 10, 90, 80});
+  EXPECT_TRUE(waitUntil([&] { return serverRect(idOf(panel)) == DeviceRect{-40, 810, 90, 80}; }));
+  test::settle();
+  EXPECT_EQ(panel.frame(), (DesktopRect{-40.25, 10, 90, 80}));
+  EXPECT_EQ(delegate.moves, 1);
+  EXPECT_EQ(delegate.resizes, 1);
+}
+
+TEST_F(PanelTest, tellsItsDelegateWhenOthersMoveIt) {
+  Panel panel(*desktop, PanelKind::bypassing, {100, 100, 100, 100});
+  panel.orderFront();
+  ASSERT_TRUE(shown(panel));
+  CountingDelegate delegate;
+  panel.setDelegate(&delegate);
+  client.move(idOf(panel), 300, 200);
+  client.sync();
+  EXPECT_TRUE(waitUntil([&] { return delegate.moves == 1; }));
+  EXPECT_EQ(panel.frame(), (DesktopRect{300, 600, 100, 100}));
+  EXPECT_EQ(delegate.resizes, 0);
+}
+
+TEST_F(PanelTest, clickThroughSurvivesEveryMapAndEndsWithoutATrace) {
+  Panel panel(*desktop, PanelKind::bypassing, {100, 100, 100, 100});
+  panel.setIgnoresMouseEvents(true);
+  for (int round = 0; round < 2; ++round) {
+    panel.orderFront();
+    ASSERT_TRUE(shown(panel));
+    EXPECT_EQ(inputRectangles(idOf(panel)), 0U);
+    panel.orderOut();
+  }
+  panel.orderFront();
+  panel.setIgnoresMouseEvents(false);
+  panel.setFrame({100, 100, 300, 250});
+  ASSERT_TRUE(shown(panel));
+  EXPECT_EQ(inputRectangles(idOf(panel)), 1U);
+}
+
+TEST_F(PanelTest, takesTheKeyboardAndGivesItBack) {
+  const test::WindowManager manager(xServer());
+  const xcb_window_t other = client.showPattern({50, 50, 300, 200}, {1}, {.managed = true});
+  client.sync();
+  ASSERT_TRUE(waitUntil([&] { return focus() == other; }));
+  KeyPanel panel(*desktop, PanelKind::bypassing, {600, 300, 100, 100});
+  panel.orderFront();
+  ASSERT_TRUE(shown(panel));
+  EXPECT_EQ(focus(), other);
+  panel.makeKey();
+  EXPECT_TRUE(waitUntil([&] { return focus() == idOf(panel) && panel.window().isActiveWindow(); }));
+  EXPECT_TRUE(panel.isKey());
+  panel.resignKey();
+  EXPECT_TRUE(waitUntil([&] { return focus() == other; }));
+  EXPECT_FALSE(panel.isKey());
+
+  panel.makeKey();
+  ASSERT_TRUE(waitUntil([&] { return focus() == idOf(panel); }));
+  panel.orderOut();
+  EXPECT_TRUE(waitUntil([&] { return focus() == other; }));
+}
+
+TEST_F(PanelTest, aPlainPanelNeverBecomesKey) {
+  Panel panel(*desktop, PanelKind::bypassing, {100, 100, 100, 100});
+  panel.orderFront();
+  ASSERT_TRUE(shown(panel));
+  panel.makeKey();
+  EXPECT_FALSE(panel.isKey());
+  EXPECT_NE(focus(), idOf(panel));
+}
+
+TEST_F(PanelTest, staysAboveAFullScreenWindow) {
+  const test::WindowManager manager(xServer());
+  Panel panel(*desktop, PanelKind::bypassing, {600, 300, 100, 100});
+  panel.setLevel(3);
+  panel.orderFront();
+  ASSERT_TRUE(shown(panel));
+  const DeviceRect whole{0, 0, 1440, 900};
+  const xcb_window_t film = client.makeWindow(whole, {.managed = true});
+  const std::uint32_t state = client.atom("_NET_WM_STATE_FULLSCREEN");
+  xcb_change_property(client.raw(), XCB_PROP_MODE_REPLACE, film, client.atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 1,
+                      &state);
+  client.map(film);
+  client.raise(film);
+  client.sync();
+  EXPECT_TRUE(waitUntil([&] { return isAbove(panel, whole); }));
+  EXPECT_FALSE(panel.isOccluded());
+}
+
+TEST_F(PanelTest, isOccludedByWhatCoversItWholly) {
+  Panel panel(*desktop, PanelKind::bypassing, {600, 300, 100, 100});
+  panel.orderFront();
+  ASSERT_TRUE(shown(panel));
+  EXPECT_FALSE(panel.isOccluded());
+  const xcb_window_t cover = client.showColour({500, 400, 300, 300}, 0x00ff00);
+  EXPECT_TRUE(waitUntil([&] { return panel.isOccluded(); }));
+  client.move(cover, 650, 400);
+  EXPECT_TRUE(waitUntil([&] { return !panel.isOccluded(); }));
+}
+
+TEST_F(PanelTest, managedPanelsOfAHigherLevelStayAboveTheLoupe) {
+  const test::WindowManager manager(xServer());
+  Panel high(*desktop, PanelKind::managed, {600, 300, 200, 200});
+  high.setLevel(4);
+  high.orderFront();
+  Panel low(*desktop, PanelKind::bypassing, {650, 350, 100, 100});
+  low.setLevel(3);
+  low.orderFront();
+  const auto levels = [&] {
+    std::vector<int> found;
+    for (const StackedWindow& window : desktop->windows().windows()) {
+      if (window.own) found.push_back(window.own->level);
+    }
+    return found;
+  };
+  EXPECT_TRUE(waitUntil([&] { return levels() == std::vector{3, 4}; }));
+  EXPECT_EQ(high.frame(), (DesktopRect{600, 300, 200, 200}));
+}
+
+TEST_F(PanelTest, reportsMotionWhereverItIsAndThenIsQuiet) {
+  robot.moveTo({10, 10});
+  Panel panel(*desktop, PanelKind::bypassing, {600, 300, 100, 100});
+  panel.orderFront();
+  ASSERT_TRUE(shown(panel));
+  int over = 0;
+  int own = 0;
+  const Subscription elsewhere =
+      desktop->pointer().observeMotion(Pointer::Over::otherWindows, [&] { ++over; });
+  Subscription here = desktop->pointer().observeMotion(Pointer::Over::ownWindows, [&] { ++own; });
+  robot.moveTo({20, 20});
+  EXPECT_TRUE(waitUntil([&] { return over == 1; }));
+  robot.moveTo({650, 550});
+  EXPECT_TRUE(waitUntil([&] { return own > 0; }));
+  EXPECT_EQ(desktop->pointer().position(), (DesktopPoint{650.5, 349.5}));
+
+  // The same place through a panel that lets the mouse pass belongs to what is below.
+  panel.setIgnoresMouseEvents(true);
+  robot.moveTo({651, 551});
+  EXPECT_TRUE(waitUntil([&] { return over > 1; }));
+
+  panel.setIgnoresMouseEvents(false);
+  here = {};
+  const int before = own;
+  robot.moveTo({652, 552});
+  robot.moveTo({20, 20});
+  const int overBefore = over;
+  EXPECT_TRUE(waitUntil([&] { return over > overBefore; }));
+  EXPECT_EQ(own, before);
+}
+
+TEST_F(PanelTest, motionIsReportedAtMostSixtyTimesASecondAndTheLastOneCounts) {
+  std::vector<DesktopPoint> seen;
+  const Subscription all = desktop->pointer().observeMotion(
+      Pointer::Over::otherWindows, [&] { seen.push_back(desktop->pointer().position()); });
+  for (int x = 100; x <= 400; ++x) robot.moveTo({x, 100});
+  EXPECT_TRUE(waitUntil([&] { return !seen.empty() && seen.back().x == 400.5; }));
+  EXPECT_LT(seen.size(), 100U);
+}
+
+TEST_F(PanelTest, noticesACompositingManagerComeAndGo) {
+  int changes = 0;
+  const Subscription watch = desktop->compositor().changed.subscribe([&] { ++changes; });
+  EXPECT_FALSE(desktop->compositor().isPresent());
+  {
+    const test::CompositingManager manager(xServer());
+    EXPECT_TRUE(waitUntil([&] { return desktop->compositor().isPresent(); }));
+  }
+  EXPECT_TRUE(waitUntil([&] { return !desktop->compositor().isPresent(); }));
+  EXPECT_EQ(changes, 2);
+}
+
+TEST_F(PanelTest, knowsTheMonitorAndWhatItsBarsLeave) {
+  const std::vector<Screen> screens = desktop->screens().screens();
+  ASSERT_EQ(screens.size(), 1U);
+  EXPECT_EQ(screens[0].frame, (DesktopRect{0, 0, 1440, 900}));
+  EXPECT_EQ(screens[0].visibleFrame, screens[0].frame);
+  EXPECT_TRUE(screens[0].displayID.has_value());
+
+  const test::WindowManager manager(xServer());
+  const xcb_window_t bar = client.makeWindow({0, 870, 1440, 30}, {.managed = true});
+  const std::uint32_t strut[12] = {0, 0, 0, 30, 0, 0, 0, 0, 0, 0, 0, 1439};
+  xcb_change_property(client.raw(), XCB_PROP_MODE_REPLACE, bar, client.atom("_NET_WM_STRUT_PARTIAL"),
+                      XCB_ATOM_CARDINAL, 32, 12, strut);
+  client.map(bar);
+  client.sync();
+  EXPECT_TRUE(waitUntil([&] {
+    return desktop->screens().screens()[0].visibleFrame == DesktopRect{0, 30, 1440, 870};
+  }));
+  ASSERT_TRUE(desktop->screens().mainScreen().has_value());
+  EXPECT_EQ(desktop->screens().mainScreen()->name, screens[0].name);
+}
+
+}  // namespace
+}  // namespace velicor::desktop

@@ -1,0 +1,115 @@
+#include "platform/desktop/stacking.h"
+
+#include <algorithm>
+#include <random>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace velicor::desktop {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr DeviceRect place{100, 100, 200, 200};
+
+StackedWindow ordinary(WindowId id, DeviceRect rect = place) { return {id, rect, StackedBy::manager, true, {}}; }
+StackedWindow popup(WindowId id, DeviceRect rect = place) { return {id, rect, StackedBy::itself, true, {}}; }
+StackedWindow bypassing(WindowId id, int level) {
+  return {id, place, StackedBy::itself, false, OwnWindow{level, true}};
+}
+StackedWindow ownManaged(WindowId id, int level) {
+  return {id, place, StackedBy::manager, false, OwnWindow{level, false}};
+}
+
+constexpr WindowId loupe = 3;
+constexpr WindowId scopes = 4;
+constexpr WindowId hint = 5;
+
+TEST(Stacking, aLoupeOnTopIsLeftAlone) {
+  EXPECT_THAT(restackSteps({ordinary(10), bypassing(loupe, 3)}), IsEmpty());
+  EXPECT_THAT(restackSteps({ordinary(10), bypassing(loupe, 3), ownManaged(scopes, 4)}), IsEmpty());
+  EXPECT_THAT(restackSteps({}), IsEmpty());
+}
+
+TEST(Stacking, theLoupeRisesAboveOrdinaryWindowsButNotAboveItsBetters) {
+  EXPECT_THAT(restackSteps({bypassing(loupe, 3), ordinary(10), ordinary(11), ownManaged(scopes, 4)}),
+              ElementsAre(RestackStep{loupe, 11, true}));
+}
+
+TEST(Stacking, theLoupeSinksBelowAHigherWindowOfOurs) {
+  EXPECT_THAT(restackSteps({ordinary(10), ownManaged(scopes, 4), bypassing(loupe, 3)}),
+              ElementsAre(RestackStep{loupe, 10, true}));
+  EXPECT_THAT(restackSteps({ownManaged(scopes, 4), bypassing(loupe, 3)}),
+              ElementsAre(RestackStep{loupe, scopes, false}));
+}
+
+TEST(Stacking, aFullScreenWindowAboveTheScopesDoesNotHideTheLoupe) {
+  EXPECT_THAT(restackSteps({bypassing(loupe, 3), ownManaged(scopes, 4), ordinary(10)}),
+              ElementsAre(RestackStep{loupe, 10, true}));
+}
+
+TEST(Stacking, foreignPopupsAreNeverFought) {
+  EXPECT_THAT(restackSteps({ordinary(10), bypassing(loupe, 3), popup(20)}), IsEmpty());
+  EXPECT_THAT(restackSteps({bypassing(loupe, 3), ordinary(10), popup(20)}),
+              ElementsAre(RestackStep{loupe, 10, true}));
+}
+
+TEST(Stacking, bypassingWindowsAmongThemselvesFollowTheirLevels) {
+  EXPECT_THAT(restackSteps({bypassing(hint, 5), bypassing(loupe, 3), ordinary(10)}),
+              ElementsAre(RestackStep{loupe, 10, true}, RestackStep{hint, loupe, true}));
+}
+
+class RandomStack : public testing::TestWithParam<unsigned> {};
+
+Stack carryOut(Stack stack, const std::vector<RestackStep>& steps) {
+  for (const RestackStep& step : steps) {
+    const auto moved = *std::ranges::find(stack, step.window, &StackedWindow::id);
+    std::erase(stack, moved);
+    const auto sibling = std::ranges::find(stack, step.sibling, &StackedWindow::id);
+    stack.insert(sibling + (step.above ? 1 : 0), moved);
+  }
+  return stack;
+}
+
+// After one round there is nothing left to ask for, so that two of us could never chase each other.
+TEST_P(RandomStack, oneRoundIsEnough) {
+  std::mt19937 random(GetParam());
+  for (int round = 0; round < 500; ++round) {
+    Stack stack{bypassing(loupe, 3), bypassing(hint, 5), ownManaged(scopes, 4)};
+    for (WindowId id = 10; id < 15; ++id) stack.push_back(random() % 2 == 0 ? ordinary(id) : popup(id));
+    std::ranges::shuffle(stack, random);
+    const Stack settled = carryOut(stack, restackSteps(stack));
+    ASSERT_THAT(restackSteps(settled), IsEmpty());
+    const auto index = [&](WindowId id) { return std::ranges::find(settled, id, &StackedWindow::id); };
+    EXPECT_LT(index(loupe), index(hint));
+    for (const StackedWindow& window : settled) {
+      const bool foreign = !window.own && window.stackedBy == StackedBy::manager;
+      EXPECT_TRUE(!foreign || index(window.id) < index(loupe));
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomStack, testing::Values(1U, 2U, 3U));
+
+TEST(Stacking, coveredMeansNoPixelIsLeft) {
+  const StackedWindow left = popup(20, {0, 0, 200, 1000});
+  const StackedWindow right = popup(21, {200, 0, 200, 1000});
+  EXPECT_TRUE(isCovered({bypassing(loupe, 3), left, right}, loupe));
+  EXPECT_FALSE(isCovered({bypassing(loupe, 3), left}, loupe));
+  EXPECT_FALSE(isCovered({left, right, bypassing(loupe, 3)}, loupe));
+  EXPECT_TRUE(isCovered({left}, loupe));
+}
+
+TEST(Stacking, whatCanBeSeenThroughOrIsOursCoversNothing) {
+  StackedWindow glass = popup(20, {0, 0, 1000, 1000});
+  glass.opaque = false;
+  StackedWindow own = ownManaged(scopes, 4);
+  own.rect = {0, 0, 1000, 1000};
+  own.opaque = true;
+  EXPECT_FALSE(isCovered({bypassing(loupe, 3), glass, own}, loupe));
+}
+
+}  // namespace
+}  // namespace velicor::desktop
