@@ -76,9 +76,6 @@ class XClient {
   // The server has done all that was asked.
   void sync() const;
 
-  // Whether a window manager says which state the window is in.
-  bool isManaged(xcb_window_t window) const;
-
   // Whether a window manager answers. One that is just starting may leave the first request lying until it
   // gets another, so this one asks more than once.
   bool findManager();

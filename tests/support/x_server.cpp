@@ -109,7 +109,8 @@ XServer::XServer(const std::string& screen, const std::vector<std::string>& more
 
 WindowManager::WindowManager(const XServer& server) : Program({"openbox", "--sm-disable"}, server.name()) {
   XClient client(server.name());
-  if (!client.waitForProperty("_NET_SUPPORTING_WM_CHECK") || !client.findManager()) throw std::runtime_error("openbox did not start");
+  const bool started = client.waitForProperty("_NET_SUPPORTING_WM_CHECK") && client.findManager();
+  if (!started) throw std::runtime_error("openbox did not start");
 }
 
 Painter::Painter(const XServer& server, const DeviceRect& place, int seed)
