@@ -1,0 +1,47 @@
+// The program's one state: made on first use from what main() has installed.
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "app/app_state.h"
+#include "platform/log/log.h"
+
+namespace velicor {
+
+namespace {
+
+std::optional<AppState::Environment>& installed() {
+  static std::optional<AppState::Environment> environment;
+  return environment;
+}
+
+std::unique_ptr<AppState>& instance() {
+  static std::unique_ptr<AppState> state;
+  return state;
+}
+
+[[noreturn]] void misuse(const char* what) {
+  log::general(what);
+  std::abort();
+}
+
+}  // namespace
+
+AppState::Installation::Installation(Environment environment) {
+  if (installed()) misuse("AppState: a second environment was installed");
+  installed().emplace(std::move(environment));
+}
+
+AppState::Installation::~Installation() {
+  instance().reset();
+  installed().reset();
+}
+
+AppState& AppState::shared() {
+  if (!installed()) misuse("AppState: the shared state was asked for before its environment was installed");
+  if (!instance()) instance() = std::make_unique<AppState>(*installed());
+  return *instance();
+}
+
+}  // namespace velicor

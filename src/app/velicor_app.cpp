@@ -1,0 +1,97 @@
+#include "app/velicor_app.h"
+
+#include <csignal>
+#include <memory>
+#include <string>
+
+#include <QApplication>
+
+#include "analysis/metal_processor.h"
+#include "app/app_delegate.h"
+#include "app/app_state.h"
+#include "app/server_loss.h"
+#include "platform/base/product.h"
+#include "platform/desktop/desktop.h"
+#include "platform/desktop/monitor_screens.h"
+#include "platform/desktop/typeface.h"
+#include "platform/dispatch/clock.h"
+#include "platform/dispatch/main_queue.h"
+#include "platform/dispatch/termination_signals.h"
+#include "platform/log/log.h"
+#include "platform/screencapture/x11/service.h"
+#include "platform/settings/settings.h"
+#include "platform/settings/settings_file.h"
+#include "platform/x11/connection.h"
+#include "platform/x11/session_kind.h"
+
+namespace velicor {
+
+namespace {
+
+// The reason why the program can't run here, if there is one. Asked before the toolkit, which would end the
+// process in its own way.
+std::optional<std::string> refusal() {
+  if (auto reason = x11::waylandRefusal(x11::sessionEnvironment())) return reason;
+  const auto connection = x11::Connection::open();
+  return connection ? x11::waylandRefusal(**connection) : std::optional(connection.error().description);
+}
+
+void describeApplication() {
+  QApplication::setApplicationName(QString::fromUtf8(product::name.data(), product::name.size()));
+  QApplication::setApplicationVersion(
+      QString::fromUtf8(product::version().data(), product::version().size()));
+  QApplication::setDesktopFileName(QString::fromUtf8(product::identifier.data(), product::identifier.size()));
+  QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setFont(desktop::interfaceFont(12));
+}
+
+// The main queue belongs to the event loop as long as this lives.
+struct AttachedMainQueue {
+  AttachedMainQueue() { dispatch::MainQueue::shared().attach(); }
+  ~AttachedMainQueue() { dispatch::MainQueue::shared().detach(); }
+  AttachedMainQueue(const AttachedMainQueue&) = delete;
+  AttachedMainQueue& operator=(const AttachedMainQueue&) = delete;
+};
+
+int unavailable(const std::string& reason) {
+  log::general(reason);
+  return x11::exitUnavailable;
+}
+
+int live(dispatch::TerminationSignals& signals) {
+  const AttachedMainQueue mainQueue;
+  // Before the first window of ours exists.
+  auto service = screencapture::makeX11Service();
+  if (!service) return unavailable(service.error().description);
+  const auto desktop = desktop::Desktop::open();
+  if (!desktop) return unavailable(desktop.error().description);
+
+  settings::Settings settings(settings::userFile(), dispatch::systemClock());
+  const ServerLoss serverLoss(**desktop, settings);
+  const AppState::Installation installation({.settings = settings,
+                                             .screenList = (*desktop)->screens(),
+                                             .captureService = std::move(*service),
+                                             .clock = dispatch::systemClock(),
+                                             .makeProcessor = [] { return MetalProcessor::create(); }});
+  AppDelegate delegate(**desktop);
+  signals.deliverTo([] { QApplication::quit(); });
+  delegate.applicationDidFinishLaunching();
+  const int result = QApplication::exec();
+  delegate.applicationWillTerminate();
+  return result;
+}
+
+}  // namespace
+
+int VelicorApp::run(int argc, char** argv) {
+  // A server that hangs up is an error of the request that finds it gone, not the end.
+  std::signal(SIGPIPE, SIG_IGN);
+  dispatch::TerminationSignals signals;
+  if (const auto reason = refusal()) return unavailable(*reason);
+  qputenv("QT_QPA_PLATFORM", "xcb");
+  QApplication application(argc, argv);
+  describeApplication();
+  return live(signals);
+}
+
+}  // namespace velicor
