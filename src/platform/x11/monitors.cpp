@@ -51,6 +51,9 @@ void watchMonitors(Connection& connection) {
 }
 
 bool isMonitorChange(const Connection& connection, const xcb_generic_event_t& event) {
+  if (eventType(event) == XCB_CONFIGURE_NOTIFY) {
+    return reinterpret_cast<const xcb_configure_notify_event_t&>(event).window == connection.root();
+  }
   const Extension& randr = connection.extensions().randr;
   const int kind = eventType(event) - randr.firstEvent;
   return randr.present && (kind == XCB_RANDR_SCREEN_CHANGE_NOTIFY || kind == XCB_RANDR_NOTIFY);
