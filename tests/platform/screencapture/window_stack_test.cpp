@@ -1,0 +1,284 @@
+#include "platform/screencapture/x11/window_stack.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <functional>
+#include <map>
+#include <random>
+
+#include "platform/screencapture/x11/scene_plan.h"
+
+namespace velicor::screencapture {
+namespace {
+
+constexpr std::uint32_t ourBase = 0x400000;
+constexpr std::uint32_t clientMask = 0x1fffff;
+
+StackedWindow windowAt(WindowId id, const DeviceRect& bounds) {
+  StackedWindow window;
+  window.id = id;
+  window.bounds = bounds;
+  window.viewable = true;
+  return window;
+}
+
+WindowStack stackOf(const std::vector<StackedWindow>& windows) {
+  WindowStack stack;
+  std::vector<WindowId> order;
+  for (const StackedWindow& window : windows) order.push_back(window.id);
+  stack.reorder(order);
+  for (const StackedWindow& window : windows) stack.describe(window);
+  return stack;
+}
+
+SceneView viewOf(const DeviceRect& frame) {
+  SceneView view;
+  view.frame = frame;
+  view.monitor = {0, 0, 1000, 1000};
+  view.leftOut.add(ourBase, clientMask);
+  view.background = {0x77, 1};
+  return view;
+}
+
+std::vector<WindowId> idsOf(const ScenePlan& plan) {
+  std::vector<WindowId> ids;
+  for (const Layer& layer : plan.layers) ids.push_back(layer.id);
+  return ids;
+}
+
+// A server in miniature: does what it is asked at once, and tells of it by events that arrive later.
+class MiniServer {
+ public:
+  explicit MiniServer(unsigned seed) : random_(seed) {}
+
+  void act() {
+    const int what = pick(8);
+    if (order_.empty() || what == 0) return create();
+    const WindowId id = order_[static_cast<std::size_t>(pick(static_cast<int>(order_.size())))];
+    switch (what) {
+      case 1: return destroy(id);
+      case 2: return setMapped(id, true);
+      case 3: return setMapped(id, false);
+      case 4: return restack(id);
+      default: return place(id);
+    }
+  }
+
+  // Some of what was told arrives at the model.
+  void deliver(WindowStack& model, std::size_t most) {
+    for (; most > 0 && !events_.empty(); --most) {
+      events_.front()(model);
+      events_.pop_front();
+    }
+  }
+
+  // What the owner of a model does before it relies on it.
+  void settle(WindowStack& model) {
+    deliver(model, events_.size());
+    while (model.needsQuery()) {
+      for (const WindowId id : model.reorder(order_)) model.describe(windows_.at(id));
+      deliver(model, events_.size());
+    }
+  }
+
+  // Replies bring what was told before them, and what happens next is told after them.
+  void answerQuery(WindowStack& model) {
+    const std::vector<WindowId> unknown = model.reorder(order_);
+    for (int i = pick(3); i > 0; --i) act();
+    for (const WindowId id : unknown) {
+      const auto entry = windows_.find(id);
+      entry == windows_.end() ? model.forget(id) : model.describe(entry->second);
+    }
+  }
+
+  void expectSame(const WindowStack& model) const {
+    const auto known = model.bottomToTop();
+    ASSERT_EQ(known.size(), order_.size());
+    for (std::size_t i = 0; i < known.size(); ++i) {
+      const StackedWindow& truth = windows_.at(order_[i]);
+      EXPECT_EQ(known[i]->id, truth.id);
+      EXPECT_EQ(known[i]->bounds, truth.bounds);
+      EXPECT_EQ(known[i]->viewable, truth.viewable);
+    }
+  }
+
+  int pick(int count) { return static_cast<int>(random_() % static_cast<unsigned>(count)); }
+
+ private:
+  // Identifiers come back: a program may name a new window like one that is gone.
+  void create() {
+    const WindowId id = 1 + static_cast<WindowId>(pick(12));
+    if (windows_.contains(id)) return;
+    windows_[id] = windowAt(id, {pick(100), pick(100), 1 + pick(50), 1 + pick(50)});
+    windows_[id].viewable = false;
+    order_.push_back(id);
+    events_.push_back([](WindowStack& model) { model.created(); });
+  }
+
+  void destroy(WindowId id) {
+    if (windows_[id].viewable) setMapped(id, false);
+    windows_.erase(id);
+    std::erase(order_, id);
+    events_.push_back([id](WindowStack& model) { model.destroyed(id); });
+  }
+
+  void setMapped(WindowId id, bool mapped) {
+    if (windows_[id].viewable == mapped) return;
+    windows_[id].viewable = mapped;
+    events_.push_back([id, mapped](WindowStack& model) { mapped ? model.mapped(id) : model.unmapped(id); });
+  }
+
+  void restack(WindowId id) {
+    std::erase(order_, id);
+    order_.insert(order_.begin() + pick(static_cast<int>(order_.size()) + 1), id);
+    tellPlace(id);
+  }
+
+  void place(WindowId id) {
+    windows_[id].bounds = {pick(100), pick(100), 1 + pick(50), 1 + pick(50)};
+    tellPlace(id);
+  }
+
+  void tellPlace(WindowId id) {
+    const auto position = std::find(order_.begin(), order_.end(), id);
+    const WindowId below = position == order_.begin() ? 0 : *(position - 1);
+    const DeviceRect bounds = windows_[id].bounds;
+    events_.push_back([=](WindowStack& model) { model.configured(id, bounds, 0, below); });
+  }
+
+  std::mt19937 random_;
+  std::vector<WindowId> order_;
+  std::map<WindowId, StackedWindow> windows_;
+  std::deque<std::function<void(WindowStack&)>> events_;
+};
+
+TEST(WindowStack, AgreesWithTheServerAfterAnyHistory) {
+  for (unsigned seed = 0; seed < 300; ++seed) {
+    MiniServer server(seed);
+    WindowStack model;
+    for (int step = 0; step < 60; ++step) {
+      server.act();
+      if (server.pick(3) == 0) server.deliver(model, static_cast<std::size_t>(server.pick(4)));
+      if (server.pick(7) == 0 && model.needsQuery()) server.answerQuery(model);
+      if (server.pick(12) != 0) continue;
+      server.settle(model);
+      server.expectSame(model);
+      if (testing::Test::HasFailure()) FAIL() << "seed " << seed << " step " << step;
+    }
+  }
+}
+
+TEST(WindowStack, KnowsWhenContentsMoveToAnotherPixmap) {
+  WindowStack stack = stackOf({windowAt(1, {0, 0, 100, 100}), windowAt(2, {0, 0, 50, 50})});
+  const auto generation = [&] { return stack.find(1)->pixmapGeneration; };
+  unsigned last = generation();
+  const auto changedSince = [&] { return std::exchange(last, generation()) != last; };
+
+  stack.configured(1, {10, 10, 100, 100}, 0, 0);
+  EXPECT_FALSE(changedSince()) << "move";
+  stack.shapeChanged(1, true);
+  stack.shownAs(1, false, {}, 0x80000000);
+  EXPECT_FALSE(changedSince()) << "shape and opacity";
+  stack.configured(1, {10, 10, 120, 100}, 0, 0);
+  EXPECT_TRUE(changedSince()) << "size";
+  stack.configured(1, {10, 10, 120, 100}, 2, 0);
+  EXPECT_TRUE(changedSince()) << "border";
+  stack.unmapped(1);
+  stack.mapped(1);
+  EXPECT_TRUE(changedSince()) << "map";
+  stack.mapped(1);
+  EXPECT_FALSE(changedSince()) << "map again";
+  stack.pixmapsMoved();
+  EXPECT_TRUE(changedSince()) << "compositing manager";
+  stack.destroyed(1);
+  stack.describe(windowAt(1, {0, 0, 100, 100}));
+  EXPECT_TRUE(changedSince()) << "another window of the same name";
+}
+
+TEST(WindowStack, FindsClientsWhicheverIsToldFirst) {
+  WindowStack stack;
+  stack.clientFound(1, 0x500001);
+  stack.reorder(std::vector<WindowId>{1, 2});
+  stack.describe(windowAt(1, {0, 0, 10, 10}));
+  stack.describe(windowAt(2, {0, 0, 10, 10}));
+  stack.clientFound(2, 0x500002);
+  EXPECT_EQ(stack.findByClient(0x500001)->id, 1u);
+  EXPECT_EQ(stack.findByClient(0x500002)->id, 2u);
+  EXPECT_EQ(stack.findByClient(2)->id, 2u);
+  EXPECT_EQ(stack.findByClient(0x500003), nullptr);
+}
+
+TEST(ScenePlan, EndsAtTheWindowThatCoversEverything) {
+  const DeviceRect frame{100, 100, 50, 50};
+  auto stack = stackOf({windowAt(1, {0, 0, 500, 500}), windowAt(2, {90, 90, 100, 100}), windowAt(3, {120, 120, 10, 10})});
+  EXPECT_EQ(idsOf(planScene(stack, viewOf(frame))), (std::vector<WindowId>{2, 3}));
+  EXPECT_TRUE(planScene(stack, viewOf(frame)).covered);
+  EXPECT_EQ(planScene(stack, viewOf(frame)).background, Background{});
+
+  stack.shapeChanged(2, true);
+  EXPECT_EQ(idsOf(planScene(stack, viewOf(frame))), (std::vector<WindowId>{1, 2, 3}));
+  stack.shapeChanged(2, false);
+  stack.shownAs(2, false, {}, 0x80000000);
+  EXPECT_EQ(idsOf(planScene(stack, viewOf(frame))), (std::vector<WindowId>{2, 3})) << "nobody blends";
+  SceneView composited = viewOf(frame);
+  composited.composited = true;
+  const ScenePlan blended = planScene(stack, composited);
+  EXPECT_EQ(idsOf(blended), (std::vector<WindowId>{1, 2, 3}));
+  EXPECT_EQ(blended.layers[1].opacity, 0x80000000u);
+  EXPECT_TRUE(blended.layers[1].blended);
+
+  stack.unmapped(1);
+  const ScenePlan open = planScene(stack, composited);
+  EXPECT_FALSE(open.covered);
+  EXPECT_EQ(open.background, composited.background);
+}
+
+TEST(ScenePlan, LeavesOutOursAndTheirFramesAndWhatIsNotShown) {
+  const DeviceRect frame{0, 0, 50, 50};
+  std::vector<StackedWindow> windows;
+  for (WindowId id = 1; id <= 6; ++id) windows.push_back(windowAt(id, {static_cast<int>(id), 0, 100, 100}));
+  windows.push_back(windowAt(ourBase + 5, {0, 0, 100, 100}));
+  windows[4].drawable = false;
+  auto stack = stackOf(windows);
+  stack.unmapped(1);
+  stack.clientFound(2, ourBase + 9);
+  stack.shownAs(3, true, {}, fullyOpaque);
+  stack.currentDesktopIs(1);
+  stack.shownAs(4, false, 2, fullyOpaque);
+  stack.shownAs(6, false, everyDesktop, fullyOpaque);
+  EXPECT_EQ(idsOf(planScene(stack, viewOf(frame))), std::vector<WindowId>{6});
+
+  SceneView everyone = viewOf(frame);
+  everyone.leftOut = {};
+  EXPECT_EQ(idsOf(planScene(stack, everyone)), std::vector<WindowId>{ourBase + 5}) << "it covers the others";
+  stack.destroyed(ourBase + 5);
+  EXPECT_EQ(idsOf(planScene(stack, everyone)), (std::vector<WindowId>{2, 6}));
+  stack.currentDesktopIs(2);
+  EXPECT_EQ(idsOf(planScene(stack, everyone)), (std::vector<WindowId>{2, 4, 6}));
+}
+
+TEST(ScenePlan, StaysTheSameForWhatDoesNotShow) {
+  const DeviceRect frame{100, 100, 50, 50};
+  auto stack = stackOf({windowAt(1, {0, 0, 10, 10}), windowAt(2, {90, 90, 100, 100}), windowAt(ourBase + 1, {0, 0, 500, 500})});
+  const ScenePlan before = planScene(stack, viewOf(frame));
+  stack.configured(ourBase + 1, {5, 5, 600, 600}, 0, 2);
+  stack.configured(1, {20, 20, 10, 10}, 0, 0);
+  stack.unmapped(1);
+  EXPECT_EQ(planScene(stack, viewOf(frame)), before);
+  stack.configured(2, {91, 90, 100, 100}, 0, 1);
+  EXPECT_FALSE(planScene(stack, viewOf(frame)) == before);
+}
+
+TEST(ScenePlan, StaysOnItsMonitor) {
+  const auto stack = stackOf({windowAt(1, {-100, -100, 5000, 5000})});
+  const ScenePlan plan = planScene(stack, viewOf({-20, 990, 100, 100}));
+  EXPECT_EQ(plan.screen, (DeviceRect{0, 990, 80, 10}));
+  EXPECT_EQ(plan.layers.at(0).visible, plan.screen);
+  EXPECT_TRUE(plan.covered);
+  EXPECT_TRUE(planScene(stack, viewOf({2000, 0, 10, 10})).layers.empty());
+}
+
+}  // namespace
+}  // namespace velicor::screencapture
