@@ -61,14 +61,16 @@ TEST_F(AppStateLoupeTest, RestoredSettingsAreHandedToALoupeThatComesLater) {
 TEST_F(AppStateLoupeTest, ALoupeWithoutPreviewOrThatIsGoneIsNoTrouble) {
   hasProcessor = false;
   addLoupe();
-  for (int round = 0; round < 2; ++round) {
+  const auto changeEverything = [this](bool locked) {
     state().applyRestoredSettings();
     state().setMode(Mode::original);
     state().setOpacity(0.5);
-    state().setLocked(round == 0);
-    if (loupe) EXPECT_TRUE(loupe->frameView().isLocked);
-    loupe.reset();
-  }
+    state().setLocked(locked);
+  };
+  changeEverything(true);
+  EXPECT_TRUE(loupe->frameView().isLocked);
+  loupe.reset();
+  changeEverything(false);
   EXPECT_FALSE(state().locked());
 }
 
