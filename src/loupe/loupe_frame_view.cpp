@@ -83,7 +83,7 @@ FramePoint LoupeFrameView::locationOf(const QMouseEvent& event) const {
 }
 
 void LoupeFrameView::mouseMoveEvent(QMouseEvent* event) {
-  if (event->buttons().testFlag(Qt::LeftButton)) return mouseDragged();
+  if (event->buttons().testFlag(Qt::LeftButton)) return mouseDragged(*event);
   if (event->buttons() == Qt::NoButton) mouseMoved(locationOf(*event));
 }
 
@@ -102,7 +102,7 @@ void LoupeFrameView::mousePressEvent(QMouseEvent* event) {
   if (isLocked && pressed != Zone::panelButton) return;
   pressActive_ = true;
   dragZone_ = pressed;
-  dragStartMouse_ = panel->desktop().pointer().position();
+  dragStartMouse_ = panel->desktop().pointer().positionOf(*event);
   dragStartFrame_ = panel->frame();
   if (pressed == Zone::panelButton) return;
   isInteracting_ = true;
@@ -110,10 +110,10 @@ void LoupeFrameView::mousePressEvent(QMouseEvent* event) {
 }
 
 // Measured from the press each time: steps that were merged or rounded leave nothing behind.
-void LoupeFrameView::mouseDragged() {
+void LoupeFrameView::mouseDragged(const QMouseEvent& event) {
   const Panel* panel = Panel::of(this);
   if (!pressActive_ || dragZone_ == Zone::panelButton || !panel) return;
-  const DesktopPoint mouse = panel->desktop().pointer().position();
+  const DesktopPoint mouse = panel->desktop().pointer().positionOf(event);
   const DesktopSize displacement{mouse.x - dragStartMouse_.x, mouse.y - dragStartMouse_.y};
   if (onDrag) onDrag(dragZone_, displacement, dragStartFrame_);
 }

@@ -68,7 +68,7 @@ class LoupeFrameView : public QWidget {
   FramePoint locationOf(const QMouseEvent& event) const;
   desktop::Cursor cursorAt(FramePoint point) const;
   void mouseMoved(FramePoint point);
-  void mouseDragged();
+  void mouseDragged(const QMouseEvent& event);
 
   Zone dragZone_ = Zone::move;
   DesktopPoint dragStartMouse_;

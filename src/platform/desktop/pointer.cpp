@@ -3,10 +3,12 @@
 #include <array>
 #include <utility>
 
+#include <QMouseEvent>
 #include <xcb/xinput.h>
 
 #include "platform/desktop/display_server.h"
 #include "platform/desktop/monitor_screens.h"
+#include "platform/desktop/toolkit_window.h"
 #include "platform/desktop/window_stack.h"
 
 namespace velicor::desktop {
@@ -43,6 +45,10 @@ DesktopPoint Pointer::position() const {
       server_.connection().reply(xcb_query_pointer_reply, xcb_query_pointer(server_.raw(), server_.root()));
   if (!pointer) return {};
   return screens_.layout().toDesktop(DevicePoint{(*pointer)->root_x, (*pointer)->root_y});
+}
+
+DesktopPoint Pointer::positionOf(const QMouseEvent& event) const {
+  return screens_.layout().toDesktop(toolkit::devicePoint(event.globalPosition()));
 }
 
 Subscription Pointer::observeMotion(Over over, std::function<void()> handler) {

@@ -6,6 +6,8 @@
 #include "platform/base/geometry.h"
 #include "platform/notifications/signal.h"
 
+class QMouseEvent;
+
 namespace velicor::desktop {
 
 class DisplayServer;
@@ -20,6 +22,9 @@ class Pointer {
 
   // A round trip to the server.
   DesktopPoint position() const;
+
+  // Where the mouse was when the toolkit's event happened, which may be a while ago.
+  DesktopPoint positionOf(const QMouseEvent& event) const;
 
   // Whose windows the mouse moves over.
   enum class Over { otherWindows, ownWindows };

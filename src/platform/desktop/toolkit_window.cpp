@@ -1,6 +1,7 @@
 #include "platform/desktop/toolkit_window.h"
 
 #include <QApplication>
+#include <QScreen>
 #include <QWidget>
 #include <QWindow>
 #include <xcb/shape.h>
@@ -74,6 +75,15 @@ void setClickThrough(WindowId window, bool on) {
                                            XCB_CLIP_ORDERING_UNSORTED, window, 0, 0, 0, nullptr)
             : xcb_shape_mask_checked(connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, window, 0, 0,
                                      XCB_PIXMAP_NONE));
+}
+
+DevicePoint devicePoint(const QPointF& global) {
+  const QScreen* screen = qGuiApp->screenAt(global.toPoint());
+  if (!screen) screen = qGuiApp->primaryScreen();
+  if (!screen) return {roundHalfAway(global.x()), roundHalfAway(global.y())};
+  const QPointF origin = screen->geometry().topLeft();
+  const QPointF way = (global - origin) * screen->devicePixelRatio();
+  return {roundHalfAway(origin.x() + way.x()), roundHalfAway(origin.y() + way.y())};
 }
 
 WindowId focusedWindow() {

@@ -7,6 +7,7 @@
 #include "platform/base/geometry.h"
 #include "platform/desktop/stacking.h"
 
+class QPointF;
 class QWidget;
 
 // Requests about windows that the toolkit made. They go out on the toolkit's own connection, so that the server
@@ -28,6 +29,9 @@ std::optional<DeviceRect> geometryOf(WindowId window);
 // Whether the pointer passes the window by. Lasts until the window is unmapped by others than us at least; is
 // set again after every map.
 void setClickThrough(WindowId window, bool on);
+
+// The pixel of the root window at a place on the toolkit's own desktop.
+DevicePoint devicePoint(const QPointF& global);
 
 // Which window has the keyboard. A round trip.
 WindowId focusedWindow();

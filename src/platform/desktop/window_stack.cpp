@@ -82,10 +82,11 @@ void WindowStack::refresh() {
   if (treeDirty_) readTree();
   if (clientsDirty_) readClients();
   Stack stack = compose();
-  if (stack == stack_) return;
+  const bool different = stack != stack_;
   stack_ = std::move(stack);
+  // Also where nothing seems to have changed: what we asked for last may have been undone at once.
   restack();
-  changed();
+  if (different) changed();
 }
 
 void WindowStack::readTree() {

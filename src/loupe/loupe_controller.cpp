@@ -1,0 +1,157 @@
+#include "loupe/loupe_controller.h"
+
+#include <utility>
+
+#include "analysis/notification_names.h"
+#include "loupe/captured_frame_layer.h"
+#include "loupe/loupe_container.h"
+#include "loupe/passthrough_texture_view.h"
+#include "platform/desktop/compositor.h"
+#include "platform/desktop/monitor_screens.h"
+#include "platform/desktop/pointer.h"
+
+namespace velicor {
+
+namespace {
+
+constexpr double firstSide = 175;
+constexpr int loupeLevel = 3;
+
+DesktopRect centredOn(const DesktopRect& screen) {
+  return {screen.midX() - firstSide / 2, screen.midY() - firstSide / 2, firstSide, firstSide};
+}
+
+std::optional<desktop::Screen> startScreen(const desktop::ScreenList& list) {
+  if (const auto main = list.mainScreen()) return main;
+  const std::vector<desktop::Screen> all = list.screens();
+  return all.empty() ? std::nullopt : std::optional(all.front());
+}
+
+std::unique_ptr<KeyablePanel> makePanel(desktop::Desktop& desktop) {
+  const auto screen = startScreen(desktop.screens());
+  auto panel = std::make_unique<KeyablePanel>(desktop, desktop::PanelKind::bypassing,
+                                              centredOn(screen ? screen->frame : DesktopRect{}));
+  panel->setLevel(loupeLevel);
+  return panel;
+}
+
+QWidget* addContainer(KeyablePanel& panel) {
+  auto container = std::make_unique<LoupeContainer>();
+  container->setMouseTracking(true);
+  QWidget* added = container.get();
+  panel.setContentView(std::move(container));
+  return added;
+}
+
+}  // namespace
+
+LoupeController::LoupeController(std::shared_ptr<MetalProcessor> processor, desktop::Desktop& desktop)
+    : processor_(std::move(processor)),
+      desktop_(desktop),
+      panel_(makePanel(desktop)),
+      container_(addContainer(*panel_)) {
+  if (processor_) addPreview();
+  addFrameView();
+  panel_->setDelegate(this);
+  watchMouse();
+  watchCompositor();
+  waitForScreen();
+}
+
+LoupeController::~LoupeController() {
+  for (Subscription& monitor : mouseMonitors_) monitor = {};
+  panel_->setDelegate(nullptr);
+}
+
+void LoupeController::addPreview() {
+  metalView_ = new PassthroughTextureView(processor_->device(), velicorPreviewReady, container_);
+  metalView_->setGeometry(container_->rect());
+  renderer_ = std::make_shared<MetalTextureView::Renderer>(
+      processor_->device(), [processor = processor_] { return processor->preview(); });
+  metalView_->setDelegate(renderer_);
+  metalView_->show();
+}
+
+void LoupeController::addFrameView() {
+  frameView_ = new LoupeFrameView(container_->rect(), container_);
+  frameView_->onDrag = [this](LoupeFrameView::Zone zone, DesktopSize delta, DesktopRect startFrame) {
+    applyDrag(zone, delta, startFrame);
+  };
+  frameView_->onPanelToggle = [this] {
+    if (onPanelToggle) onPanelToggle();
+  };
+  frameView_->show();
+}
+
+void LoupeController::watchMouse() {
+  using Over = desktop::Pointer::Over;
+  for (const Over over : {Over::otherWindows, Over::ownWindows}) {
+    Subscription monitor = desktop_.pointer().observeMotion(over, [this] { updateMousePassthrough(); });
+    if (monitor.isActive()) mouseMonitors_.push_back(std::move(monitor));
+  }
+}
+
+void LoupeController::watchCompositor() {
+  compositorChanged_ = desktop_.compositor().changed.subscribe([this] { followCompositor(); });
+  followCompositor();
+}
+
+void LoupeController::followCompositor() {
+  const bool needed = processor_ && !desktop_.compositor().isPresent();
+  if (needed == (capturedFrame_ != nullptr)) return;
+  capturedFrame_ = needed ? std::make_unique<CapturedFrameLayer>(processor_, *container_) : nullptr;
+  container_->update();
+}
+
+LiveTextureView* LoupeController::capturedFrameView() {
+  return capturedFrame_ ? &capturedFrame_->view() : nullptr;
+}
+
+void LoupeController::waitForScreen() {
+  if (startScreen(desktop_.screens())) return;
+  screensChanged_ = desktop_.screens().changed.subscribe([this] {
+    const auto screen = startScreen(desktop_.screens());
+    if (!screen) return;
+    screensChanged_ = {};
+    panel_->setFrame(centredOn(screen->frame));
+  });
+}
+
+void LoupeController::applyDrag(LoupeFrameView::Zone zone, DesktopSize delta, const DesktopRect& startFrame) {
+  panel_->setFrame(loupe_geometry::draggedFrame(zone, delta, startFrame));
+  reportFrame();
+}
+
+void LoupeController::windowDidMove(desktop::Panel&) { reportFrame(); }
+
+void LoupeController::windowDidResize(desktop::Panel&) { reportFrame(); }
+
+void LoupeController::reportFrame() {
+  if (onFrameChange) onFrameChange(panel_->frame());
+}
+
+void LoupeController::updateMousePassthrough() {
+  const DesktopPoint mouse = desktop_.pointer().position();
+  const bool takes = loupe_geometry::takesMouse(mouse, panel_->frame(), frameView_->isLocked,
+                                                frameView_->isScreenPointOverPanelChip(mouse));
+  panel_->setIgnoresMouseEvents(!takes);
+  if (takes) {
+    enterBand(mouse);
+  } else {
+    leaveBand();
+  }
+}
+
+void LoupeController::enterBand(DesktopPoint mouse) {
+  if (!panel_->isKey()) panel_->makeKey();
+  panel_->setCursor(frameView_->cursorAtScreenPoint(mouse));
+  cursorInBand_ = true;
+}
+
+void LoupeController::leaveBand() {
+  if (!std::exchange(cursorInBand_, false)) return;
+  panel_->setCursor(desktop::Cursor::arrow);
+  if (panel_->isKey()) panel_->resignKey();
+}
+
+}  // namespace velicor

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "analysis/metal_processor.h"
+#include "analysis/views/metal_texture_view.h"
+#include "loupe/keyable_panel.h"
+#include "loupe/loupe_frame_view.h"
+#include "platform/desktop/desktop.h"
+
+class QWidget;
+
+namespace velicor {
+
+class CapturedFrameLayer;
+
+// Owns the loupe: a transparent panel above all other programs that shows the live preview under its frame.
+// Applies the frame's drags to the panel, reports every new frame, and decides from moment to moment whether
+// the panel takes the mouse or lets it through to what lies below. Main thread.
+class LoupeController : private desktop::PanelDelegate {
+ public:
+  // Centred on the main screen, not shown. Without a processor the loupe is a frame without a preview. Without
+  // any screen it waits where the primary one would be, and is centred on the first one that comes.
+  LoupeController(std::shared_ptr<MetalProcessor> processor, desktop::Desktop& desktop);
+  ~LoupeController() override;
+  LoupeController(const LoupeController&) = delete;
+  LoupeController& operator=(const LoupeController&) = delete;
+
+  // The panel's frame after every move and resize, whatever caused it.
+  std::function<void(DesktopRect frame)> onFrameChange;
+
+  // A click on the frame's panel chip.
+  std::function<void()> onPanelToggle;
+
+  KeyablePanel& panel() { return *panel_; }
+  LoupeFrameView& frameView() { return *frameView_; }
+
+  // The preview; absent without a processor.
+  LiveTextureView* metalView() { return metalView_; }
+
+  // The picture below it; absent while a compositing manager lets the desktop shine through.
+  LiveTextureView* capturedFrameView();
+
+  // One step of a drag (displacement with y up, from the frame at its start). The panel may leave the screen.
+  void applyDrag(LoupeFrameView::Zone zone, DesktopSize delta, const DesktopRect& startFrame);
+
+  // To be called when something else than the mouse changed what the answer depends on.
+  void updateMousePassthrough();
+
+ private:
+  void windowDidMove(desktop::Panel& panel) override;
+  void windowDidResize(desktop::Panel& panel) override;
+  void reportFrame();
+  void addPreview();
+  void addFrameView();
+  void watchMouse();
+  void watchCompositor();
+  void followCompositor();
+  void waitForScreen();
+  void enterBand(DesktopPoint mouse);
+  void leaveBand();
+
+  const std::shared_ptr<MetalProcessor> processor_;
+  desktop::Desktop& desktop_;
+  const std::unique_ptr<KeyablePanel> panel_;
+  QWidget* const container_;                // owned by the panel, as are the views in it
+  LoupeFrameView* frameView_ = nullptr;
+  LiveTextureView* metalView_ = nullptr;
+  std::shared_ptr<MetalTextureView::Renderer> renderer_;
+  std::unique_ptr<CapturedFrameLayer> capturedFrame_;
+  std::vector<Subscription> mouseMonitors_;
+  Subscription compositorChanged_;
+  Subscription screensChanged_;
+  bool cursorInBand_ = false;
+};
+
+}  // namespace velicor
