@@ -118,7 +118,7 @@ void MetalProcessor::reset() {
     const std::scoped_lock guard(lock_);
     results_ = {};
   }
-  announceLater(shared_from_this(), true);
+  announceLater(true);
 }
 
 void MetalProcessor::encodeAnalysis(gpu::CommandBuffer& commands, bool includeScopes) {
@@ -134,34 +134,31 @@ void MetalProcessor::encodeAnalysis(gpu::CommandBuffer& commands, bool includeSc
   if (includeScopes) encodeScopes(commands);
   const Outcome outcome{wantsPreview ? outTexture_ : nullptr, regionTexture_, includeScopes, session_};
   commands.addCompletedHandler([weak = weak_from_this(), outcome](const gpu::CommandBuffer&) {
-    if (auto self = weak.lock()) publish(std::move(self), outcome);
+    if (const auto self = weak.lock()) self->publish(outcome);
   });
 }
 
-void MetalProcessor::publish(std::shared_ptr<MetalProcessor> self, const Outcome& outcome) {
+void MetalProcessor::publish(const Outcome& outcome) {
   {
-    const std::scoped_lock guard(self->lock_);
-    if (outcome.session == self->session_) {
-      self->results_.preview = outcome.preview;
-      self->results_.frame = outcome.frame;
+    const std::scoped_lock guard(lock_);
+    if (outcome.session == session_) {
+      results_.preview = outcome.preview;
+      results_.frame = outcome.frame;
       if (outcome.includesScopes) {
-        self->results_.vectorscope = self->vsTexture_;
-        self->results_.parade = self->paradeTexture_;
+        results_.vectorscope = vsTexture_;
+        results_.parade = paradeTexture_;
       }
     }
   }
-  announceLater(std::move(self), outcome.includesScopes);
+  announceLater(outcome.includesScopes);
 }
 
-void MetalProcessor::announceLater(std::shared_ptr<MetalProcessor> self, bool includesScopes) {
-  std::weak_ptr<MetalProcessor> weak = self;
-  dispatch::MainQueue::shared().async([keeper = std::move(self), weak, includesScopes]() mutable {
-    // When the owner is gone meanwhile, the processor ends here, on the main thread, and nobody is called.
-    keeper = nullptr;
-    const auto processor = weak.lock();
-    if (!processor) return;
-    if (processor->onPreview) processor->onPreview();
-    if (includesScopes && processor->onScopes) processor->onScopes();
+void MetalProcessor::announceLater(bool includesScopes) {
+  dispatch::MainQueue::shared().async([weak = weak_from_this(), includesScopes] {
+    const auto self = weak.lock();
+    if (!self) return;
+    if (self->onPreview) self->onPreview();
+    if (includesScopes && self->onScopes) self->onScopes();
   });
 }
 

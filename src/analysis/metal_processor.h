@@ -72,8 +72,9 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   // Scopes are computed on every scopeDivider-th frame; 0 and less mean every frame.
   std::atomic<int> scopeDivider{3};
 
-  // Called on the main thread after a preview, or a pair of scope images, was published or taken away. Set
-  // and destroyed on the main thread while frames come in.
+  // Called on the main thread after a preview, or a pair of scope images, was published or taken away; never
+  // once the owner has let go. Set on the main thread. The processor, and they with it, may end on a device
+  // thread that is just publishing: they own nothing that belongs to the main thread.
   Callback onPreview;
   Callback onScopes;
 
@@ -114,10 +115,8 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
                         const std::shared_ptr<gpu::Texture>& image);
   void dumpPictures();
 
-  // These take over the caller's reference, so that the last one is never let go on a device thread.
-  static void publish(std::shared_ptr<MetalProcessor> self, const Outcome& outcome);
-  static void announceLater(std::shared_ptr<MetalProcessor> self, bool includesScopes);
-
+  void publish(const Outcome& outcome);  // a device thread
+  void announceLater(bool includesScopes);
   std::shared_ptr<gpu::Texture> published(std::shared_ptr<gpu::Texture> Results::*result) const;
 
   const std::shared_ptr<gpu::Device> device_;
