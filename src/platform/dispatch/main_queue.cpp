@@ -15,6 +15,11 @@ class MainQueue::EventLoopBell : public QObject {
 
  protected:
   bool event(QEvent* event) override {
+    {
+      // The event comes from another thread by way of the toolkit, which the thread sanitizer can't see into;
+      // it was made under this lock.
+      const std::scoped_lock guard(MainQueue::shared().mutex_);
+    }
     if (event->type() != QEvent::User) return QObject::event(event);
     MainQueue::shared().runPending();
     return true;
