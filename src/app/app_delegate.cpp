@@ -19,7 +19,7 @@ void AppDelegate::applicationWillTerminate() { AppState::shared().saveSettings()
 void AppDelegate::startMainUI() {
   if (std::exchange(mainUIStarted_, true)) return;
   AppState& state = AppState::shared();
-  loupe_ = std::make_shared<LoupeController>(desktop_, state.processor);
+  loupe_ = std::make_shared<LoupeController>(state.processor, desktop_);
   loupe_->onFrameChange = [](const DesktopRect& frame) { AppState::shared().loupeFrameChanged(frame); };
   state.loupe = loupe_;
   state.applyRestoredSettings();

@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include <QtLogging>
+#include <QtGlobal>
 
 #include "platform/desktop/desktop.h"
 #include "platform/log/log.h"

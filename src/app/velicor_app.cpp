@@ -36,11 +36,12 @@ std::optional<std::string> refusal() {
   return connection ? x11::waylandRefusal(**connection) : std::optional(connection.error().description);
 }
 
+QString text(std::string_view utf8) { return QString::fromStdString(std::string(utf8)); }
+
 void describeApplication() {
-  QApplication::setApplicationName(QString::fromUtf8(product::name.data(), product::name.size()));
-  QApplication::setApplicationVersion(
-      QString::fromUtf8(product::version().data(), product::version().size()));
-  QApplication::setDesktopFileName(QString::fromUtf8(product::identifier.data(), product::identifier.size()));
+  QApplication::setApplicationName(text(product::name));
+  QApplication::setApplicationVersion(text(product::version()));
+  QApplication::setDesktopFileName(text(product::identifier));
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(desktop::interfaceFont(12));
 }
@@ -58,7 +59,7 @@ int unavailable(const std::string& reason) {
   return x11::exitUnavailable;
 }
 
-int live(dispatch::TerminationSignals& signals) {
+int live(dispatch::TerminationSignals& termination) {
   const AttachedMainQueue mainQueue;
   // Before the first window of ours exists.
   auto service = screencapture::makeX11Service();
@@ -74,7 +75,7 @@ int live(dispatch::TerminationSignals& signals) {
                                              .clock = dispatch::systemClock(),
                                              .makeProcessor = [] { return MetalProcessor::create(); }});
   AppDelegate delegate(**desktop);
-  signals.deliverTo([] { QApplication::quit(); });
+  termination.deliverTo([] { QApplication::quit(); });
   delegate.applicationDidFinishLaunching();
   const int result = QApplication::exec();
   delegate.applicationWillTerminate();
@@ -86,12 +87,12 @@ int live(dispatch::TerminationSignals& signals) {
 int VelicorApp::run(int argc, char** argv) {
   // A server that hangs up is an error of the request that finds it gone, not the end.
   std::signal(SIGPIPE, SIG_IGN);
-  dispatch::TerminationSignals signals;
+  dispatch::TerminationSignals termination;
   if (const auto reason = refusal()) return unavailable(*reason);
   qputenv("QT_QPA_PLATFORM", "xcb");
   QApplication application(argc, argv);
   describeApplication();
-  return live(signals);
+  return live(termination);
 }
 
 }  // namespace velicor

@@ -1,0 +1,132 @@
+// How the program begins and ends, what it keeps, and what it says.
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include "program/stage.h"
+#include "support/main_loop.h"
+
+namespace velicor::test {
+namespace {
+
+constexpr DeviceRect screen{0, 0, 1280, 800};
+
+int linesOf(const std::string& text) { return static_cast<int>(std::count(text.begin(), text.end(), '\n')); }
+
+int brightestGreen(const QImage& image) {
+  int brightest = 0;
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) brightest = std::max(brightest, image.pixelColor(x, y).green());
+  }
+  return brightest;
+}
+
+TEST(LifeTest, WithoutAnXServerItSaysSoInOneLine) {
+  RunningVelicor velicor({.display = ":4711"});
+  EXPECT_EQ(velicor.waitForExit(), 69);
+  EXPECT_EQ(linesOf(velicor.log()), 1) << velicor.log();
+}
+
+TEST(LifeTest, InAWaylandSessionItSaysSoInOneLine) {
+  const Stage stage(Surroundings::noManager);
+  Launch launch = stage.launch();
+  launch.environment = {"XDG_SESSION_TYPE=wayland", "WAYLAND_DISPLAY=wayland-0"};
+  RunningVelicor velicor(launch);
+  EXPECT_EQ(velicor.waitForExit(), 69);
+  EXPECT_EQ(linesOf(velicor.log()), 1) << velicor.log();
+}
+
+TEST(LifeTest, TheFirstRunLeavesTheDefaultsAsSettings) {
+  const Stage stage(Surroundings::windowManager);
+  Launch launch = stage.launch();
+  launch.withSettings = false;
+  RunningVelicor velicor(launch);
+  ASSERT_TRUE(velicor.waitForLog("capture running")) << velicor.log();
+  EXPECT_EQ(velicor.terminate(), 0) << velicor.log();
+  const QJsonObject values =
+      QJsonDocument::fromJson(QByteArray::fromStdString(velicor.settings())).object().value("values").toObject();
+  EXPECT_EQ(values.value("mode"), QJsonValue(1));
+  EXPECT_EQ(values.value("fps"), QJsonValue(15));
+  EXPECT_EQ(values.value("locked"), QJsonValue(false));
+  EXPECT_EQ(values.value("opacity").toObject().value("double").toString(), "1");
+  EXPECT_EQ(values.value("palette").toArray().size(), 11);
+}
+
+TEST(LifeTest, TheLossOfTheServerEndsItWithAnErrorAndKeepsTheSettings) {
+  auto stage = std::make_unique<Stage>(Surroundings::windowManager);
+  Launch launch = stage->launch();
+  launch.mode = 2;
+  RunningVelicor velicor(launch);
+  ASSERT_TRUE(velicor.waitForLog("capture running")) << velicor.log();
+  const std::string before = velicor.log();
+  QFile::remove(QString::fromStdString(velicor.settingsFile()));
+  stage.reset();
+  EXPECT_GT(velicor.waitForExit(), 0) << velicor.log();
+  EXPECT_EQ(linesOf(velicor.log()) - linesOf(before), 1) << velicor.log();
+}
+
+class StatisticsTest : public testing::Test {
+ protected:
+  Stage stage_{Surroundings::windowManagerAndCompositor};
+};
+
+TEST_F(StatisticsTest, AStillScreenCostsNoFrameAndAMovingOneAtMostTheRate) {
+  const xcb_window_t window = stage_.painter().showColour(screen, 0x999999);
+  Launch launch = stage_.launch();
+  launch.environment = {"VELICOR_STATS=1"};
+  RunningVelicor velicor(launch);
+  EXPECT_TRUE(velicor.waitForLog("Velicor stats/s: \n")) << velicor.log();
+
+  // Half a second of changes, faster than the frame rate.
+  const std::size_t before = velicor.log().size();
+  for (std::uint32_t i = 0; velicor.log().find("captured=", before) == std::string::npos && i < 2000; ++i) {
+    stage_.painter().fill(window, {600, 350, 80, 100}, i * 0x050505 % 0xFFFFFF);
+    waitUntil([] { return false; }, std::chrono::milliseconds(5));
+  }
+  const std::string log = velicor.log().substr(before);
+  const std::size_t captured = log.find("captured=");
+  const std::size_t drawn = log.find("drawn=");
+  ASSERT_NE(captured, std::string::npos) << log;
+  ASSERT_NE(drawn, std::string::npos) << log;
+  EXPECT_LE(std::stoi(log.substr(captured + 9)), 31);
+  EXPECT_GE(std::stoi(log.substr(drawn + 6)), 1);
+}
+
+TEST_F(StatisticsTest, TheDumpsShowWhatWasUnderTheLoupe) {
+  constexpr std::uint32_t lightSkin = 0xC29682;
+  const xcb_window_t window = stage_.painter().showColour(screen, lightSkin);
+  Launch launch = stage_.launch();
+  launch.mode = 1;
+  const QTemporaryDir folder;
+  const QString prefix = folder.filePath("v");
+  launch.environment = {"VELICOR_DUMP=" + prefix.toStdString()};
+  RunningVelicor velicor(launch);
+  ASSERT_TRUE(velicor.waitForLog("capture running")) << velicor.log();
+  for (std::uint32_t i = 0; !velicor.waitForLog("dumped parade", std::chrono::milliseconds(15)) && i < 1000; ++i) {
+    stage_.painter().fill(window, {700, 480, 2, 2}, i % 2 == 0 ? 0x808080 : 0x909090);
+  }
+
+  const QImage loupe(prefix + "-loupe.png");
+  ASSERT_EQ(loupe.size(), QSize(175, 175)) << velicor.log();
+  EXPECT_EQ(loupe.pixelColor(20, 20), QColor(0xFF, 0xF2, 0x00));
+  EXPECT_EQ(loupe.pixelColor(87, 87), QColor(0xFF, 0xF2, 0x00));
+
+  // Cb = −0.0590 and Cr = 0.0899 lie at (225.8, 210.0) of the plane's 512 × 512 pixels; a bin is two wide.
+  const QImage vectorscope(prefix + "-vectorscope.png");
+  ASSERT_EQ(vectorscope.size(), QSize(512, 512));
+  EXPECT_GT(brightestGreen(vectorscope.copy(222, 206, 8, 8)), 200);
+  EXPECT_EQ(brightestGreen(vectorscope.copy(282, 206, 8, 8)), 0);
+
+  // Level 194 of red lies 61 rows from the top, 150 of green 105, 130 of blue 125.
+  const QImage parade(prefix + "-parade.png");
+  ASSERT_EQ(parade.size(), QSize(780, 256));
+  EXPECT_GT(parade.pixelColor(100, 255 - 194).red(), 150);
+  EXPECT_GT(parade.pixelColor(262 + 100, 255 - 150).green(), 150);
+  EXPECT_GT(parade.pixelColor(524 + 100, 255 - 130).blue(), 150);
+  EXPECT_EQ(parade.pixelColor(100, 20), QColor(0, 0, 0));
+}
+
+}  // namespace
+}  // namespace velicor::test

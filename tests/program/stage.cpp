@@ -1,0 +1,65 @@
+#include "program/stage.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include <xcb/xcb.h>
+
+#include "support/main_loop.h"
+
+namespace velicor::test {
+
+namespace {
+
+constexpr int width = 1280;
+constexpr int height = 800;
+
+bool isNear(QColor a, QColor b, int tolerance) {
+  return std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance &&
+         std::abs(a.blue() - b.blue()) <= tolerance;
+}
+
+// What is on the screen, whatever compositing manager put it there.
+QImage grab(xcb_connection_t* connection, xcb_window_t root, DeviceRect area) {
+  QImage image(area.width, area.height, QImage::Format_RGB32);
+  const auto cookie = xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, root, static_cast<std::int16_t>(area.x),
+                                    static_cast<std::int16_t>(area.y), static_cast<std::uint16_t>(area.width),
+                                    static_cast<std::uint16_t>(area.height), ~0U);
+  xcb_get_image_reply_t* reply = xcb_get_image_reply(connection, cookie, nullptr);
+  if (reply) std::memcpy(image.bits(), xcb_get_image_data(reply), static_cast<std::size_t>(image.sizeInBytes()));
+  std::free(reply);
+  return image;
+}
+
+}  // namespace
+
+std::string nameOf(Surroundings surroundings) {
+  switch (surroundings) {
+    case Surroundings::noManager: return "noManager";
+    case Surroundings::windowManager: return "windowManager";
+    case Surroundings::windowManagerAndCompositor: return "windowManagerAndCompositor";
+  }
+  return {};
+}
+
+Stage::Stage(Surroundings surroundings) : painter_(server_.name()), mouse_(server_.name()) {
+  if (surroundings != Surroundings::noManager) manager_ = std::make_unique<WindowManager>(server_);
+  if (surroundings == Surroundings::windowManagerAndCompositor) {
+    compositor_ = std::make_unique<CompositingManager>(server_);
+  }
+  mouse_.moveTo({5, 5});
+}
+
+QImage Stage::screenshot() const { return grab(painter_.raw(), painter_.root(), {0, 0, width, height}); }
+
+QColor Stage::colorAt(DevicePoint place) const {
+  return grab(painter_.raw(), painter_.root(), {place.x, place.y, 1, 1}).pixelColor(0, 0);
+}
+
+testing::AssertionResult Stage::shows(DevicePoint place, QColor color, int tolerance) const {
+  if (waitUntil([&] { return isNear(colorAt(place), color, tolerance); })) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << "(" << place.x << ", " << place.y << ") shows "
+                                     << colorAt(place).name().toStdString() << ", not " << color.name().toStdString();
+}
+
+}  // namespace velicor::test

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <QColor>
+#include <QImage>
+
+#include "program/running_velicor.h"
+#include "support/robot.h"
+#include "support/x_client.h"
+#include "support/x_server.h"
+
+namespace velicor::test {
+
+enum class Surroundings { noManager, windowManager, windowManagerAndCompositor };
+std::string nameOf(Surroundings surroundings);
+
+// A display of 1280 × 800 pixels with what usually runs on one, another program to draw on it, and a hand on
+// its mouse. A loupe that starts here covers the pixels from (553, 313) to (728, 488).
+class Stage {
+ public:
+  explicit Stage(Surroundings surroundings);
+
+  Launch launch() const { return {.display = server_.name()}; }
+
+  XClient& painter() { return painter_; }
+  Robot& mouse() { return mouse_; }
+
+  // What a user sees.
+  QImage screenshot() const;
+  QColor colorAt(DevicePoint place) const;
+
+  // Until a pixel of the screen shows the colour, each channel within the tolerance; says what it shows when
+  // it does not in time.
+  testing::AssertionResult shows(DevicePoint place, QColor color, int tolerance = 0) const;
+
+ private:
+  XServer server_;
+  std::unique_ptr<WindowManager> manager_;
+  std::unique_ptr<CompositingManager> compositor_;
+  XClient painter_;
+  Robot mouse_;
+};
+
+inline constexpr DeviceRect loupeAtStart{553, 313, 175, 175};
+inline constexpr DevicePoint loupeCentre{640, 400};
+
+// The middle of the move chip of a loupe with this device rectangle at scale 1.
+inline DevicePoint moveChipOf(const DeviceRect& loupe) { return {loupe.right() - 13, loupe.y + 13}; }
+
+// A point inside the loupe's edge band, and well inside its interior.
+inline DevicePoint leftBandOf(const DeviceRect& loupe) { return {loupe.x + 5, loupe.y + loupe.height / 2}; }
+
+}  // namespace velicor::test
