@@ -77,7 +77,7 @@ class Bench {
     ours_.joinOwn(own_);
     for (int i = 0; i < windows - 1; ++i) other_.showPattern({120 + 150 * i, 150, 100, 300}, {i});
     window_ = windows == 1 ? other_.showPattern({50, 50, 900, 600}, {7}) : other_.showPattern({50, 50, 500, 350}, {7});
-    ours_.showColour({80, 80, 700, 500}, test::magenta);
+    cover_ = ours_.showColour({80, 80, 700, 500}, test::magenta);
   }
 
   double baseline() {
@@ -101,8 +101,10 @@ class Bench {
     const double server = server_.program().cpuSeconds();
     const double client = threadSeconds("velicor.x11cap");
     animate(other_, window_, [] {});
-    return {threadSeconds("velicor.x11cap") - client, server_.program().cpuSeconds() - server - baseline,
-            counter->frames};
+    const Cost cost{threadSeconds("velicor.x11cap") - client, server_.program().cpuSeconds() - server - baseline,
+                    counter->frames};
+    measureStill();
+    return cost;
   }
 
   Cost rootCopy(double baseline) {
@@ -125,12 +127,28 @@ class Bench {
   }
 
  private:
+  // Nothing changes, then only our own window does, 60 times a second.
+  void measureStill() {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    const double before = threadSeconds("velicor.x11cap");
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    const double still = threadSeconds("velicor.x11cap");
+    for (int i = 0; i < seconds * 60; ++i) {
+      ours_.fill(cover_, {0, 0, 700, 500}, static_cast<std::uint32_t>(i));
+      std::this_thread::sleep_for(std::chrono::microseconds(1000000 / 60));
+    }
+    const double own = threadSeconds("velicor.x11cap");
+    std::printf("  still screen: client %.3f ms/s; only our own window draws: %.3f ms/s\n",
+                (still - before) * 1e3 / seconds, (own - still) * 1e3 / seconds);
+  }
+
   test::XServer server_;
   x11::OwnClients own_;
   std::unique_ptr<Service> service_;
   test::XClient other_;
   test::XClient ours_;
   xcb_window_t window_ = 0;
+  xcb_window_t cover_ = 0;
 };
 
 void print(const char* name, const Cost& cost) {
