@@ -234,5 +234,28 @@ TEST_F(LoupeTest, backAtTheStartADragHasNoDisplacement) {
   EXPECT_TRUE(waitUntil([&] { return !loupe.frameView().isInteracting(); }));
 }
 
+TEST(LoupeWithProcessor, paintsTheCapturedFrameOnlyWithoutACompositor) {
+  const std::unique_ptr<desktop::Desktop> desktop = std::move(*desktop::Desktop::open());
+  const std::shared_ptr<MetalProcessor> processor = MetalProcessor::create();
+  processor->mode = MetalProcessor::Mode::original;
+  processor->onPreview = [] { notifications::NotificationCenter::defaultCenter().post(velicorPreviewReady); };
+  LoupeController loupe(processor, *desktop);
+  loupe.metalView()->hide();
+  loupe.panel().orderFront();
+  ASSERT_NE(loupe.capturedFrameView(), nullptr);
+
+  auto frame = std::make_shared<PixelBuffer>(175, 175);
+  std::fill_n(frame->bytes(), frame->bytesPerRow() * 175, std::byte{200});
+  processor->ingest(frame);
+  const auto middle = [&] { return loupe.panel().window().grab().toImage().pixel(88, 88); };
+  EXPECT_TRUE(waitUntil([&] { return middle() == qRgb(200, 200, 200); }));
+  {
+    const test::CompositingManager manager(xServer());
+    EXPECT_TRUE(waitUntil([&] { return loupe.capturedFrameView() == nullptr; }));
+    EXPECT_EQ(qAlpha(middle()), 0);
+  }
+  EXPECT_TRUE(waitUntil([&] { return loupe.capturedFrameView() != nullptr && middle() == qRgb(200, 200, 200); }));
+}
+
 }  // namespace
 }  // namespace velicor

@@ -22,6 +22,12 @@ QImage imageOf(const gpu::Picture& picture) {
           static_cast<qsizetype>(picture.bytesPerRow()), QImage::Format_RGB32};
 }
 
+// The toolkit copies opaque pictures with their fourth byte, which in a captured frame means nothing.
+void makeOpaque(QPainter& painter, const QRect& rect) {
+  painter.setCompositionMode(QPainter::CompositionMode_Plus);
+  painter.fillRect(rect, Qt::black);
+}
+
 }  // namespace
 
 LiveTextureView::LiveTextureView(std::shared_ptr<gpu::Device> device, notifications::Name signal, QWidget* parent)
@@ -123,6 +129,7 @@ void LiveTextureView::paintEvent(QPaintEvent*) {
   } else {
     painter.drawImage(rect(), image);  // until the draw in the new size is there
   }
+  if (alpha_ == 1) makeOpaque(painter, rect());
 }
 
 void LiveTextureView::resizeEvent(QResizeEvent*) {

@@ -31,7 +31,8 @@ class LiveTextureView : public QWidget {
   // Held weakly; without one the view paints nothing.
   void setDelegate(std::weak_ptr<Delegate> delegate) { delegate_ = std::move(delegate); }
 
-  // Opacity of what is painted, 0…1.
+  // Opacity of what is painted, 0…1. The pictures themselves count as opaque; below 1 their fourth byte has to
+  // say so too.
   double alphaValue() const { return alpha_; }
   void setAlphaValue(double alpha);
 

@@ -58,19 +58,20 @@ void drawMoveArrows(const Canvas& canvas) {
 
 // A window's outline with its right part filled.
 void drawSidebarRight(const Canvas& canvas) {
-  const double stroke = canvas.stroke();
+  // The filled part carries the weight; a full stroke all around would close the rest.
+  const double stroke = std::max(1, canvas.at(canvas.weight * 0.7));
   const double top = canvas.at(2);
-  const double left = canvas.at(0.5);
+  const double left = canvas.at(0.3);
   const QRectF outer(QPointF(left, top), QPointF(canvas.side - left, canvas.side - top));
   const QRectF inner = outer.adjusted(stroke, stroke, -stroke, -stroke);
-  const double radius = canvas.at(2.7);
+  const double radius = canvas.at(2.4);
   QPainterPath outline;
   outline.addRoundedRect(outer, radius, radius);
   QPainterPath hollow;
   const double innerRadius = std::max(0.0, radius - stroke);
   hollow.addRoundedRect(inner, innerRadius, innerRadius);
   QPainterPath bar;
-  bar.addRect(QRectF(QPointF(canvas.at(9.5), top), outer.bottomRight()));
+  bar.addRect(QRectF(QPointF(canvas.at(10), top), outer.bottomRight()));
   canvas.painter.drawPath(outline.subtracted(hollow.subtracted(bar)));
 }
 
