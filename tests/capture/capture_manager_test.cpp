@@ -13,7 +13,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using screencapture::FrameStatus;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

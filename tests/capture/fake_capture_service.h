@@ -19,7 +19,6 @@ class Gate {
   dispatch::Completion<void> pass();
   void close() { closed_ = true; }
   void open();
-  std::size_t waiting() const { return waiting_.size(); }
 
  private:
   bool closed_ = false;

@@ -23,6 +23,7 @@ desktop::Screen screenWithScale(double scale) {
 TEST(StreamConfigurationTest, TurnsTheRegionUpsideDownIntoTheDisplay) {
   const auto configuration = streamConfiguration({1100, 600, 300, 200}, screenWithScale(2), 15);
   EXPECT_EQ(configuration.sourceRect, (DisplayRect{100, 300, 300, 200}));
+  EXPECT_EQ(configuration.pixelsPerPoint, 2);
   EXPECT_EQ(configuration.width, 600);
   EXPECT_EQ(configuration.height, 400);
   EXPECT_EQ(configuration.pixelFormat, screencapture::PixelFormat::bgra32);
