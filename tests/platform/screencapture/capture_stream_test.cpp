@@ -34,6 +34,7 @@ TEST(CaptureTiming, TwoMoreFramesFollowEveryStartChangeAndConfiguration) {
   ASSERT_TRUE(Bench::await(stream->updateConfiguration(Bench::configuration({150, 150, 100, 100}, 15))));
   EXPECT_EQ(bench.receiver->waitForQuiet(), 9u);
   const auto frames = bench.receiver->frames();
+  ASSERT_EQ(frames.size(), 9u);
   EXPECT_EQ(frames[0], frames[2]);
   EXPECT_EQ(frames[3], frames[8]);
   EXPECT_FALSE(frames[2] == frames[3]);
