@@ -3,10 +3,9 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include <QApplication>
-#include <QPainter>
 #include <QWidget>
 #include <gtest/gtest.h>
+#include <xcb/randr.h>
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 
@@ -80,6 +79,16 @@ class PanelTest : public testing::Test {
       if (window.rect.contains(rect)) seen = true;
     }
     return false;
+  }
+
+  // Monitors without an output come silently; a change of the primary output makes the server speak.
+  void announceMonitors(bool primaryOutput) {
+    auto* resources = xcb_randr_get_screen_resources_reply(
+        client.raw(), xcb_randr_get_screen_resources(client.raw(), client.root()), nullptr);
+    const xcb_randr_output_t output = xcb_randr_get_screen_resources_outputs(resources)[0];
+    xcb_randr_set_output_primary(client.raw(), client.root(), primaryOutput ? output : XCB_NONE);
+    std::free(resources);
+    client.sync();
   }
 
   std::unique_ptr<Desktop> desktop = std::move(*Desktop::open());
@@ -283,6 +292,30 @@ TEST_F(PanelTest, knowsTheMonitorAndWhatItsBarsLeave) {
   }));
   ASSERT_TRUE(desktop->screens().mainScreen().has_value());
   EXPECT_EQ(desktop->screens().mainScreen()->name, screens[0].name);
+}
+
+TEST_F(PanelTest, followsMonitorsThatComeAndGo) {
+  int changes = 0;
+  const Subscription watch = desktop->screens().changed.subscribe([&] { ++changes; });
+  client.defineMonitor("left", {0, 0, 600, 900}, false);
+  client.defineMonitor("right", {600, 0, 840, 900}, true);
+  announceMonitors(true);
+  const auto frames = [&] {
+    std::vector<DesktopRect> found;
+    for (const Screen& screen : desktop->screens().screens()) found.push_back(screen.frame);
+    return found;
+  };
+  EXPECT_TRUE(waitUntil([&] {
+    const auto found = frames();
+    return std::ranges::count(found, DesktopRect{-600, 0, 600, 900}) == 1 &&
+           std::ranges::count(found, DesktopRect{0, 0, 840, 900}) == 1;
+  }));
+  EXPECT_EQ(desktop->screens().mainScreen()->name, "right");
+  client.deleteMonitor("left");
+  client.deleteMonitor("right");
+  announceMonitors(false);
+  EXPECT_TRUE(waitUntil([&] { return frames() == std::vector{DesktopRect{0, 0, 1440, 900}}; }));
+  EXPECT_GE(changes, 2);
 }
 
 }  // namespace
