@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "analysis/kernels/image_access.h"
 #include "analysis/kernels/kernel_interface.h"
@@ -18,8 +18,12 @@ struct Tap {
   std::uint32_t weight;
 };
 
-// Texel centres lie at (i + 0.5) / count. Rounding to 1/256 makes an exact hit of what should be one.
-std::int64_t position(double coordinate, int count) { return std::llround((coordinate * count - 0.5) * 256); }
+// Texel centres lie at (i + 0.5) / count. Rounding to 1/256 makes an exact hit of what should be one. The
+// coordinate is not negative: moved up by a few texels, truncation rounds the same way on both sides of zero.
+std::int64_t position(double coordinate, int count) {
+  constexpr std::int64_t texels = 4;
+  return static_cast<std::int64_t>((coordinate * count - 0.5 + texels) * 256 + 0.5) - texels * 256;
+}
 
 Tap tapAt(std::int64_t position, int count) {
   const auto texel = static_cast<int>(position >> 8);
@@ -29,8 +33,27 @@ Tap tapAt(std::int64_t position, int count) {
 
 bool isInside(double coordinate) { return coordinate >= 0 && coordinate < 1; }
 
-std::uint32_t mix(std::byte a, std::byte b, std::uint32_t weight) {
-  return std::to_integer<std::uint32_t>(a) * (256 - weight) + std::to_integer<std::uint32_t>(b) * weight;
+// A pixel's four bytes in four lanes of 16 bits.
+using Lanes = std::uint64_t;
+
+Lanes lanesOf(const std::byte* pixel) {
+  Packed bytes;
+  std::memcpy(&bytes, pixel, sizeof bytes);
+  const Lanes pairs = (bytes | Lanes{bytes} << 16) & 0x0000FFFF0000FFFF;
+  return (pairs | pairs << 8) & 0x00FF00FF00FF00FF;
+}
+
+// a × (256 − weight) + b × weight in every lane: 255 × 256 at most, so that no lane overflows.
+Lanes mix(Lanes a, Lanes b, std::uint32_t weight) { return a * (256 - weight) + b * weight; }
+
+// The same over two mixed rows, back to bytes and rounded to the nearest. Every other lane at a time, because
+// the sums need 24 bits.
+Packed mixRows(Lanes upper, Lanes lower, std::uint32_t weight) {
+  constexpr Lanes everyOther = 0x0000FFFF0000FFFF;
+  constexpr Lanes half = 0x0000800000008000;
+  const Lanes even = (mix(upper & everyOther, lower & everyOther, weight) + half) >> 16;
+  const Lanes odd = (mix(upper >> 16 & everyOther, lower >> 16 & everyOther, weight) + half) >> 16;
+  return static_cast<Packed>((even & 255) | (odd & 255) << 8 | (even >> 32) << 16 | (odd >> 32) << 24);
 }
 
 // One texture's pixels on their way into one row of the target.
@@ -46,13 +69,10 @@ class RowSampler {
 
   // Bilinear, rounded to the nearest once.
   void sample(Tap x, std::byte* to) const {
-    const std::byte* corners[4] = {texel(upper_, x.first), texel(upper_, x.second), texel(lower_, x.first),
-                                   texel(lower_, x.second)};
-    for (std::size_t i = 0; i < gpu::bytesPerPixel; ++i) {
-      const std::uint32_t top = mix(corners[0][i], corners[1][i], x.weight);
-      const std::uint32_t bottom = mix(corners[2][i], corners[3][i], x.weight);
-      to[target(i)] = static_cast<std::byte>((top * (256 - tap_.weight) + bottom * tap_.weight + 32768) >> 16);
-    }
+    const Lanes top = mix(lanesOf(texel(upper_, x.first)), lanesOf(texel(upper_, x.second)), x.weight);
+    const Lanes bottom = mix(lanesOf(texel(lower_, x.first)), lanesOf(texel(lower_, x.second)), x.weight);
+    store(to, mixRows(top, bottom, tap_.weight));
+    if (swaps_) std::swap(to[0], to[2]);
   }
 
   // Texels that fall on pixels one by one.
@@ -72,7 +92,6 @@ class RowSampler {
   static const std::byte* texel(const std::byte* row, int x) {
     return row + gpu::bytesPerPixel * static_cast<std::size_t>(x);
   }
-  std::size_t target(std::size_t channel) const { return swaps_ && channel != 3 ? 2 - channel : channel; }
 
   Tap tap_;
   const std::byte* upper_;
@@ -89,8 +108,10 @@ struct InnerSpan {
 InnerSpan innerSpan(const gpu::FragmentSpan& span) {
   const auto at = [&](int x) { return span.u + span.du * (x - span.xBegin); };
   InnerSpan inner{span.xBegin, span.xEnd};
-  while (inner.begin < inner.end && !isInside(at(inner.begin))) ++inner.begin;
-  while (inner.begin < inner.end && !isInside(at(inner.end - 1))) --inner.end;
+  while (inner.begin < inner.end && !isInside(at(inner.begin)))
+    ++inner.begin;
+  while (inner.begin < inner.end && !isInside(at(inner.end - 1)))
+    --inner.end;
   return inner;
 }
 
@@ -118,7 +139,8 @@ void blitFragment(const gpu::NativeArguments& arguments, const gpu::FragmentSpan
     sampler.copy(static_cast<int>(first >> 8), end - begin, to);
     return;
   }
-  for (int x = begin; x < end; ++x, to += gpu::bytesPerPixel) sampler.sample(tapAt(positionAt(x), source.width), to);
+  for (int x = begin; x < end; ++x, to += gpu::bytesPerPixel)
+    sampler.sample(tapAt(positionAt(x), source.width), to);
 }
 
 }  // namespace velicor::kernels
