@@ -33,7 +33,10 @@ float paradeGain(int samples) {
 void MetalProcessor::encodeUpload(gpu::CommandBuffer& commands, const std::shared_ptr<gpu::Texture>& frame) {
   const auto blit = commands.makeBlitEncoder();
   if (!blit) return;
-  blit->copy({.source = frame, .sourceOrigin = {}, .size = frame->size(), .destination = regionTexture_,
+  blit->copy({.source = frame,
+              .sourceOrigin = {},
+              .size = frame->size(),
+              .destination = regionTexture_,
               .destinationOrigin = {}});
   blit->endEncoding();
 }

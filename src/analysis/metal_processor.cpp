@@ -60,7 +60,8 @@ bool MetalProcessor::buildPipelines() {
     const auto function = library->function(name);
     return function ? device_->makeComputePipeline(function) : nullptr;
   };
-  pipelines_ = {build("falseColor"), build("accumulateScopes"), build("renderVectorscope"), build("renderParade")};
+  pipelines_ = {build("falseColor"), build("accumulateScopes"), build("renderVectorscope"),
+                build("renderParade")};
   return pipelines_.falseColor && pipelines_.accumulate && pipelines_.vsRender && pipelines_.paradeRender;
 }
 
@@ -171,7 +172,8 @@ void MetalProcessor::dumpPictures() {
       });
 }
 
-std::shared_ptr<gpu::Texture> MetalProcessor::published(std::shared_ptr<gpu::Texture> Results::*result) const {
+std::shared_ptr<gpu::Texture> MetalProcessor::published(
+    std::shared_ptr<gpu::Texture> Results::*result) const {
   const std::scoped_lock guard(lock_);
   return results_.*result;
 }

@@ -19,8 +19,9 @@ namespace velicor {
 // the preview.
 //
 // Frames come in on the capture queue, everything else is called on the main thread. Results are published
-// by a device thread; reading them is possible from any. A frame that can't be analysed (too small, no memory)
-// is dropped without a word, and the results of the one before stay. Nothing ever waits for the device.
+// by a device thread; reading them is possible from any. A frame that can't be analysed (too small, no
+// memory) is dropped without a word, and the results of the one before stay. Nothing ever waits for the
+// device.
 class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
  public:
   // The numbers are stored in the settings.
@@ -32,13 +33,14 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   using Callback = std::function<void()>;
 
   // nullptr where the device (none: nothing can be made) lacks a kernel or memory.
-  static std::shared_ptr<MetalProcessor> create(std::shared_ptr<gpu::Device> device = gpu::systemDefaultDevice());
+  static std::shared_ptr<MetalProcessor> create(
+      std::shared_ptr<gpu::Device> device = gpu::systemDefaultDevice());
 
   MetalProcessor(const MetalProcessor&) = delete;
   MetalProcessor& operator=(const MetalProcessor&) = delete;
 
-  // Takes one frame and returns once its analysis is committed. The buffer is kept until the device has copied
-  // it. Frames of less than 2 pixels a side are ignored.
+  // Takes one frame and returns once its analysis is committed. The buffer is kept until the device has
+  // copied it. Frames of less than 2 pixels a side are ignored.
   void ingest(const PixelBufferRef& frame);
 
   // New colours for the preview, shown at once on the last frame.
@@ -50,8 +52,8 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   // Forgets the frame, all results and the frame count, and calls both callbacks so that the views empty.
   void reset();
 
-  // The newest results, each nullptr while there is none. The objects are drawn into again by later frames, in
-  // the device's commit order: whoever reads them with a command buffer sees a whole picture.
+  // The newest results, each nullptr while there is none. The objects are drawn into again by later frames,
+  // in the device's commit order: whoever reads them with a command buffer sees a whole picture.
   std::shared_ptr<gpu::Texture> preview() const;
   std::shared_ptr<gpu::Texture> vectorscope() const;
   std::shared_ptr<gpu::Texture> parade() const;

@@ -41,7 +41,10 @@ std::vector<std::byte> readBack(const std::shared_ptr<gpu::Texture>& texture, gp
   const auto commands = staging ? queue.makeCommandBuffer() : nullptr;
   const auto blit = commands ? commands->makeBlitEncoder() : nullptr;
   if (!blit) return {};
-  blit->copy({.source = texture, .sourceOrigin = {}, .size = texture->size(), .destination = staging,
+  blit->copy({.source = texture,
+              .sourceOrigin = {},
+              .size = texture->size(),
+              .destination = staging,
               .destinationOrigin = {}});
   blit->endEncoding();
   commands->commit();
@@ -54,7 +57,8 @@ std::vector<std::byte> readBack(const std::shared_ptr<gpu::Texture>& texture, gp
 
 // Bytes R, G, B, X in this order.
 void swapRedAndBlue(std::vector<std::byte>& pixels) {
-  for (std::size_t i = 0; i < pixels.size(); i += gpu::bytesPerPixel) std::swap(pixels[i], pixels[i + 2]);
+  for (std::size_t i = 0; i < pixels.size(); i += gpu::bytesPerPixel)
+    std::swap(pixels[i], pixels[i + 2]);
 }
 
 // False where the picture can't be encoded. That the file can't be written doesn't count.

@@ -47,11 +47,13 @@ std::string EventStatistics::takeCounts() {
     counters.swap(counters_);
   }
   std::vector<std::string> entries;
-  for (const auto& [name, count] : counters) entries.push_back(name + "=" + std::to_string(count));
+  for (const auto& [name, count] : counters)
+    entries.push_back(name + "=" + std::to_string(count));
   // Not the order of the names: "a-b=1" comes before "a=1".
   std::ranges::sort(entries);
   std::string line;
-  for (const std::string& entry : entries) line += (line.empty() ? "" : " ") + entry;
+  for (const std::string& entry : entries)
+    line += (line.empty() ? "" : " ") + entry;
   return line;
 }
 

@@ -71,7 +71,8 @@ Palette::Palette(std::span<const std::string> stored) {
 
 std::vector<std::string> Palette::stored() const {
   std::vector<std::string> texts;
-  for (const RGB& color : colors()) texts.push_back(color.hex());
+  for (const RGB& color : colors())
+    texts.push_back(color.hex());
   return texts;
 }
 

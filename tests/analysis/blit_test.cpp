@@ -9,14 +9,15 @@ constexpr Rgb nearBlack{5, 5, 5};  // the clear colour 0.02
 
 class BlitTest : public KernelTest {
  protected:
-  Pixels drawn(const std::shared_ptr<gpu::Texture>& source, int width, int height, kernels::Scale scale = {}) {
+  Pixels drawn(const std::shared_ptr<gpu::Texture>& source, int width, int height,
+               kernels::Scale scale = {}) {
     const auto target = device_->makeTexture({gpu::PixelFormat::bgra8Unorm, width, height,
                                               gpu::TextureUsage::renderTarget, gpu::StorageMode::deviceOnly});
     const auto commands = queue_->makeCommandBuffer();
     const auto encoder = commands->makeRenderEncoder({target, {0.02, 0.02, 0.02, 1}});
-    encoder->setPipeline(device_->makeRenderPipeline({library_->function("blitVertex"),
-                                                      library_->function("blitFragment"),
-                                                      gpu::PixelFormat::bgra8Unorm}));
+    encoder->setPipeline(
+        device_->makeRenderPipeline({library_->function("blitVertex"), library_->function("blitFragment"),
+                                     gpu::PixelFormat::bgra8Unorm}));
     encoder->setVertexBytes(std::as_bytes(std::span<const kernels::Scale, 1>(&scale, 1)), 0);
     encoder->setFragmentTexture(source, 0);
     encoder->drawTriangles(0, 3);
@@ -55,7 +56,8 @@ TEST_P(BlitTest, OutsideTheScaledRectangleTheClearColourStays) {
     EXPECT_EQ(bars.rgb(199, y), nearBlack);
   }
   const Pixels letterbox = drawn(wrap(plainFrame(64, 64, {200, 100, 50})), 100, 200, {1, 0.5F});
-  for (const auto& [y, inside] : {std::pair(49, false), std::pair(50, true), std::pair(149, true), std::pair(150, false)}) {
+  for (const auto& [y, inside] :
+       {std::pair(49, false), std::pair(50, true), std::pair(149, true), std::pair(150, false)}) {
     EXPECT_EQ(letterbox.rgb(0, y) == nearBlack, !inside) << y;
     EXPECT_EQ(letterbox.rgb(99, y) == nearBlack, !inside) << y;
   }
@@ -67,11 +69,13 @@ TEST_P(BlitTest, BlendsBetweenTexelCentresAndHoldsTheEdges) {
   const int across[] = {0, 50, 150, 200};
   const int down[] = {0, 25, 75, 100};
   for (int y = 0; y < 4; ++y) {
-    for (int x = 0; x < 4; ++x) EXPECT_EQ(large.rgb(x, y), (Rgb{across[x], down[y], 0})) << x << " " << y;
+    for (int x = 0; x < 4; ++x)
+      EXPECT_EQ(large.rgb(x, y), (Rgb{across[x], down[y], 0})) << x << " " << y;
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Devices, BlitTest, testing::ValuesIn(gpu::test::allDevices()), gpu::test::deviceName);
+INSTANTIATE_TEST_SUITE_P(Devices, BlitTest, testing::ValuesIn(gpu::test::allDevices()),
+                         gpu::test::deviceName);
 
 }  // namespace
 }  // namespace velicor::test

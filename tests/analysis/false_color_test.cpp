@@ -39,9 +39,9 @@ TEST_P(FalseColorTest, PaintsSkinByItsHue) {
 
 TEST_P(FalseColorTest, WhatIsNotSkinIsItsOwnLuma) {
   EXPECT_EQ(painted({128, 128, 128}, skin), (Rgb{128, 128, 128}));
-  EXPECT_EQ(painted({0, 0, 255}, skin), (Rgb{18, 18, 18}));      // 0.0722 × 255 = 18.4
-  EXPECT_EQ(painted({255, 0, 0}, skin), (Rgb{54, 54, 54}));      // near the hue, far too saturated
-  EXPECT_EQ(painted({61, 105, 125}, skin), (Rgb{97, 97, 97}));   // skin's opposite
+  EXPECT_EQ(painted({0, 0, 255}, skin), (Rgb{18, 18, 18}));     // 0.0722 × 255 = 18.4
+  EXPECT_EQ(painted({255, 0, 0}, skin), (Rgb{54, 54, 54}));     // near the hue, far too saturated
+  EXPECT_EQ(painted({61, 105, 125}, skin), (Rgb{97, 97, 97}));  // skin's opposite
 }
 
 TEST_P(FalseColorTest, HeatIsTheEntryAtEachLevelAndLinearBetween) {
@@ -49,8 +49,10 @@ TEST_P(FalseColorTest, HeatIsTheEntryAtEachLevelAndLinearBetween) {
   const Palette& palette = Palette::standard();
   const auto channelAt = [&](double luma, double Palette::RGB::*channel) {
     std::size_t k = 0;
-    while (k + 2 < Palette::heatCount && luma > Palette::heatLevels[k + 1]) ++k;
-    const double share = (luma - Palette::heatLevels[k]) / (Palette::heatLevels[k + 1] - Palette::heatLevels[k]);
+    while (k + 2 < Palette::heatCount && luma > Palette::heatLevels[k + 1])
+      ++k;
+    const double share =
+        (luma - Palette::heatLevels[k]) / (Palette::heatLevels[k + 1] - Palette::heatLevels[k]);
     return 255 * std::lerp(palette.heat[k].*channel, palette.heat[k + 1].*channel, share);
   };
   for (int x = 0; x < 256; ++x) {

@@ -28,7 +28,8 @@ PixelBufferRef frameOf(int width, int height, const std::function<Rgb(int x, int
     std::byte* pixel = frame->bytes() + frame->bytesPerRow() * static_cast<std::size_t>(y);
     for (int x = 0; x < width; ++x, pixel += 4) {
       const Rgb rgb = color(x, y);
-      for (std::size_t i = 0; i < 3; ++i) pixel[i] = static_cast<std::byte>(rgb[2 - i]);
+      for (std::size_t i = 0; i < 3; ++i)
+        pixel[i] = static_cast<std::byte>(rgb[2 - i]);
     }
   }
   return frame;
@@ -44,7 +45,10 @@ Pixels readPixels(const std::shared_ptr<gpu::Texture>& texture) {
                                            gpu::TextureUsage::shaderRead, gpu::StorageMode::shared});
   const auto commands = device->makeCommandQueue()->makeCommandBuffer();
   const auto blit = commands->makeBlitEncoder();
-  blit->copy({.source = texture, .sourceOrigin = {}, .size = texture->size(), .destination = copied,
+  blit->copy({.source = texture,
+              .sourceOrigin = {},
+              .size = texture->size(),
+              .destination = copied,
               .destinationOrigin = {}});
   blit->endEncoding();
   commands->commit();
@@ -54,7 +58,8 @@ Pixels readPixels(const std::shared_ptr<gpu::Texture>& texture) {
   pixels.rgba.resize(width * static_cast<std::size_t>(pixels.height));
   copied->getBytes(std::as_writable_bytes(std::span(pixels.rgba)), 4 * width, {{}, texture->size()});
   if (texture->pixelFormat() == gpu::PixelFormat::bgra8Unorm) {
-    for (auto& pixel : pixels.rgba) std::swap(pixel[0], pixel[2]);
+    for (auto& pixel : pixels.rgba)
+      std::swap(pixel[0], pixel[2]);
   }
   return pixels;
 }
@@ -76,7 +81,8 @@ std::uint64_t Scopes::paradeSum(int plane) const {
 std::uint64_t Scopes::vectorscopeSum() const { return sum(vectorscope); }
 
 std::shared_ptr<gpu::Texture> KernelTest::wrap(const PixelBufferRef& frame) {
-  return device_->makeTextureCache()->texture(frame, gpu::PixelFormat::bgra8Unorm, frame->width(), frame->height());
+  return device_->makeTextureCache()->texture(frame, gpu::PixelFormat::bgra8Unorm, frame->width(),
+                                              frame->height());
 }
 
 std::shared_ptr<gpu::Texture> KernelTest::picture(int width, int height) {
@@ -104,14 +110,16 @@ Scopes KernelTest::scopesOf(const PixelBufferRef& frame, int stride) {
   encoder->setBuffer(vectorscope, 0, 0);
   encoder->setBuffer(parade, 0, 1);
   encoder->setValue(kernels::Rectangle{0, 0, static_cast<std::uint32_t>(frame->width()),
-                                       static_cast<std::uint32_t>(frame->height())}, 2);
+                                       static_cast<std::uint32_t>(frame->height())},
+                    2);
   encoder->setValue(static_cast<std::uint32_t>(stride), 3);
   encoder->dispatchThreadgroups({groups(columns), groups(rows), 1}, {16, 16, 1});
   encoder->endEncoding();
   const float samples = static_cast<float>(columns * rows);
-  renderScope(*commands, "renderVectorscope", vectorscope, 1 / std::fmax(std::log2(1 + 0.002F * samples), 4.0F),
-              vectorscopeImage);
-  renderScope(*commands, "renderParade", parade, 1 / std::fmax(std::log2(1 + samples / 1024), 3.0F), paradeImage);
+  renderScope(*commands, "renderVectorscope", vectorscope,
+              1 / std::fmax(std::log2(1 + 0.002F * samples), 4.0F), vectorscopeImage);
+  renderScope(*commands, "renderParade", parade, 1 / std::fmax(std::log2(1 + samples / 1024), 3.0F),
+              paradeImage);
   commands->commit();
   commands->waitUntilCompleted();
   return {numbersIn(*vectorscope), numbersIn(*parade), readPixels(vectorscopeImage), readPixels(paradeImage)};

@@ -63,8 +63,9 @@ class KernelTest : public testing::TestWithParam<gpu::test::TestDevice> {
   std::shared_ptr<gpu::ComputePipeline> pipeline(const char* name) {
     return device_->makeComputePipeline(library_->function(name));
   }
-  void renderScope(gpu::CommandBuffer& commands, const char* kernel, const std::shared_ptr<gpu::Buffer>& counters,
-                   float gain, const std::shared_ptr<gpu::Texture>& image);
+  void renderScope(gpu::CommandBuffer& commands, const char* kernel,
+                   const std::shared_ptr<gpu::Buffer>& counters, float gain,
+                   const std::shared_ptr<gpu::Texture>& image);
 };
 
 }  // namespace velicor::test

@@ -4,10 +4,10 @@
 #include <thread>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
-#include <gmock/gmock.h>
 
 #include "analysis/kernel_fixture.h"
 #include "platform/dispatch/serial_queue.h"
@@ -32,7 +32,8 @@ class MetalProcessorTest : public testing::TestWithParam<gpu::test::TestDevice> 
     processor_->onScopes = [this] { calls_.push_back("scopes"); };
   }
 
-  // Waits for the device and for what it queued on the main thread; returns the callbacks since the last time.
+  // Waits for the device and for what it queued on the main thread; returns the callbacks since the last
+  // time.
   std::vector<std::string> finished() {
     const auto commands = device_->makeCommandQueue()->makeCommandBuffer();
     commands->commit();
@@ -68,7 +69,8 @@ TEST_P(MetalProcessorTest, ScopesComeOnTheirCadenceAfterThePreview) {
   const auto frame = plainFrame(20, 20, lightSkin);
   std::vector<std::string> calls;
   processor_->scopeDivider = 2;
-  for (int i = 0; i < 4; ++i) calls.push_back(testing::PrintToString(ingested(frame).size()));
+  for (int i = 0; i < 4; ++i)
+    calls.push_back(testing::PrintToString(ingested(frame).size()));
   EXPECT_THAT(calls, ElementsAre("1", "2", "1", "2"));
   for (const int divider : {1, 0, -3}) {
     processor_->scopeDivider = divider;
@@ -190,7 +192,8 @@ TEST_P(MetalProcessorTest, DumpsThePicturesOfThe60thFrame) {
   qputenv("VELICOR_DUMP", folder.filePath("vc").toUtf8());
   processor_->scopeDivider = 3;
   const auto ingestFrames = [&](int count) {
-    for (int i = 0; i < count; ++i) processor_->ingest(plainFrame(16, 12, lightSkin));
+    for (int i = 0; i < count; ++i)
+      processor_->ingest(plainFrame(16, 12, lightSkin));
     dispatch::backgroundQueue().drain();
   };
   ingestFrames(59);

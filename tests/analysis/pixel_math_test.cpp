@@ -31,7 +31,8 @@ template <typename Check>
 void forColours(int step, Check check) {
   for (int r = 0; r < 256; r += step) {
     for (int g = 0; g < 256; g += step) {
-      for (int b = 0; b < 256; b += step) check(Pixel{r, g, b});
+      for (int b = 0; b < 256; b += step)
+        check(Pixel{r, g, b});
     }
   }
 }
@@ -54,7 +55,8 @@ TEST(PixelMath, BinsContainTheirColours) {
     const Reference reference = referenceOf(p);
     const double left = cbBin(p, luma(p)) / 256.0 - 0.5;
     const double top = 0.5 - crBin(p, luma(p)) / 256.0;
-    ASSERT_TRUE(left <= reference.cb + slack && reference.cb <= left + 1 / 256.0 + slack) << p.r << p.g << p.b;
+    ASSERT_TRUE(left <= reference.cb + slack && reference.cb <= left + 1 / 256.0 + slack)
+        << p.r << p.g << p.b;
     ASSERT_TRUE(top - 1 / 256.0 <= reference.cr + slack && reference.cr <= top + slack) << p.r << p.g << p.b;
   });
   EXPECT_EQ(crBin({255, 0, 0}, luma({255, 0, 0})), 0);
@@ -94,7 +96,8 @@ TEST(PixelMath, SkinZonesFollowTheirTable) {
     ASSERT_EQ(zone, zoneOf(reference)) << p.r << " " << p.g << " " << p.b << " hue " << reference.hueFromLine;
     ++seen[static_cast<std::size_t>(zone)];
   });
-  for (const int count : seen) EXPECT_GT(count, 1000);
+  for (const int count : seen)
+    EXPECT_GT(count, 1000);
 }
 
 }  // namespace

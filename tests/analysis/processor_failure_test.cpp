@@ -104,7 +104,9 @@ TEST_F(ProcessorFailureTest, AFrameThatCannotBeHeldIsDroppedAndTheResultsStay) {
 
 TEST_F(ProcessorFailureTest, WithoutMemoryForThePreviewTheScopesGoOn) {
   create();
-  device_->refusesTexture = [](const auto& t) { return t.width == 20 && t.pixelFormat == gpu::PixelFormat::rgba8Unorm; };
+  device_->refusesTexture = [](const auto& t) {
+    return t.width == 20 && t.pixelFormat == gpu::PixelFormat::rgba8Unorm;
+  };
   EXPECT_EQ(ingested(plainFrame(20, 20, {255, 255, 255})), 1);
   EXPECT_EQ(processor_->preview(), nullptr);
   ASSERT_NE(processor_->parade(), nullptr);

@@ -16,7 +16,8 @@ PixelBufferRef noise(int width, int height) {
   auto random = std::make_shared<std::mt19937>(3);
   return frameOf(width, height, [random](int, int) {
     const auto bits = (*random)();
-    return Rgb{static_cast<int>(bits & 255), static_cast<int>(bits >> 8 & 255), static_cast<int>(bits >> 16 & 255)};
+    return Rgb{static_cast<int>(bits & 255), static_cast<int>(bits >> 8 & 255),
+               static_cast<int>(bits >> 16 & 255)};
   });
 }
 
@@ -30,7 +31,8 @@ PixelBufferRef gradient(int width, int height) {
 int brightestOf(const Pixels& image, int x0, int x1, int y0, int y1) {
   int brightest = 0;
   for (int y = y0; y < y1; ++y) {
-    for (int x = x0; x < x1; ++x) brightest = std::max(brightest, std::ranges::max(image.rgb(x, y)));
+    for (int x = x0; x < x1; ++x)
+      brightest = std::max(brightest, std::ranges::max(image.rgb(x, y)));
   }
   return brightest;
 }
@@ -47,13 +49,16 @@ TEST_P(ScopesTest, EverySampleIsCountedOnceInEveryPlane) {
         Case{1920, 1080, 3, 640 * 360}}) {
     const Scopes scopes = scopesOf(noise(width, height), stride);
     EXPECT_EQ(scopes.vectorscopeSum(), samples) << width;
-    for (int plane = 0; plane < 3; ++plane) EXPECT_EQ(scopes.paradeSum(plane), samples) << width;
+    for (int plane = 0; plane < 3; ++plane)
+      EXPECT_EQ(scopes.paradeSum(plane), samples) << width;
   }
 }
 
 TEST_P(ScopesTest, SamplesLieOnTheirStride) {
   // Red only where the stride falls, so that a sample anywhere else shows.
-  const auto frame = frameOf(50, 41, [](int x, int y) { return x % 3 == 0 && y % 3 == 0 ? Rgb{255, 0, 0} : Rgb{}; });
+  const auto frame = frameOf(50, 41, [](int x, int y) {
+    return x % 3 == 0 && y % 3 == 0 ? Rgb{255, 0, 0} : Rgb{};
+  });
   const Scopes scopes = scopesOf(frame, 3);
   EXPECT_EQ(scopes.chromaBin(0, 98), 17U * 14U);
 }
@@ -80,7 +85,8 @@ TEST_P(ScopesTest, GreyIsOneSpotInTheCentre) {
   EXPECT_EQ(scopes.chromaBin(128, 128), 80U * 60U);
   int lit = 0;
   for (int y = 0; y < 512; ++y) {
-    for (int x = 0; x < 512; ++x) lit += isLit(scopes.vectorscopeImage, x, y) ? 1 : 0;
+    for (int x = 0; x < 512; ++x)
+      lit += isLit(scopes.vectorscopeImage, x, y) ? 1 : 0;
   }
   EXPECT_EQ(lit, 4);
   EXPECT_EQ(brightestOf(scopes.vectorscopeImage, 256, 258, 256, 258), 255);
@@ -101,7 +107,8 @@ TEST_P(ScopesTest, WhiteIsTheTopRowOfThreePanels) {
 TEST_P(ScopesTest, ARampIsThreeEqualDiagonals) {
   const Scopes scopes = scopesOf(frameOf(256, 16, [](int x, int) { return Rgb{x, x, x}; }));
   for (int plane = 0; plane < 3; ++plane) {
-    for (int level = 0; level < 256; ++level) ASSERT_EQ(scopes.paradeBin(plane, level, level), 16U);
+    for (int level = 0; level < 256; ++level)
+      ASSERT_EQ(scopes.paradeBin(plane, level, level), 16U);
     for (int x = 0; x < 256; ++x) {
       ASSERT_TRUE(isLit(scopes.paradeImage, plane * 262 + x, 255 - x));
       ASSERT_EQ(scopes.paradeImage.rgb(plane * 262 + x, 255 - x), scopes.paradeImage.rgb(plane * 262, 255));
@@ -123,7 +130,8 @@ TEST_P(ScopesTest, BrightnessFollowsTheLogarithmOfTheCount) {
   const Pixels image = scopesOf(frame).vectorscopeImage;
   EXPECT_NEAR(image.rgb(511, 2 * 139)[1], 255 * 0.25, 1);
   int green = 0;
-  for (int x = 0; x < 100; ++x) green = std::max(green, brightestOf(image, x, x + 1, 460, 512));
+  for (int x = 0; x < 100; ++x)
+    green = std::max(green, brightestOf(image, x, x + 1, 460, 512));
   EXPECT_NEAR(green, 255 * std::log2(14.0) / 4, 1);
 }
 
@@ -140,7 +148,9 @@ double meanBrightness(const Pixels& image) {
 
 TEST_P(ScopesTest, TheStrideHardlyChangesTheBrightness) {
   // Large flat parts and few colours, as on a screen: every lit bin is hit at both strides.
-  const auto frame = frameOf(960, 720, [](int x, int y) { return Rgb{x / 60 * 15, y / 60 * 20, (x / 240) * 60}; });
+  const auto frame = frameOf(960, 720, [](int x, int y) {
+    return Rgb{x / 60 * 15, y / 60 * 20, (x / 240) * 60};
+  });
   const Scopes fine = scopesOf(frame, 1), coarse = scopesOf(frame, 3);
   const double vectorscope = meanBrightness(coarse.vectorscopeImage) / meanBrightness(fine.vectorscopeImage);
   const double parade = meanBrightness(coarse.paradeImage) / meanBrightness(fine.paradeImage);
@@ -148,7 +158,8 @@ TEST_P(ScopesTest, TheStrideHardlyChangesTheBrightness) {
   EXPECT_NEAR(parade, 1, 0.1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Devices, ScopesTest, testing::ValuesIn(gpu::test::allDevices()), gpu::test::deviceName);
+INSTANTIATE_TEST_SUITE_P(Devices, ScopesTest, testing::ValuesIn(gpu::test::allDevices()),
+                         gpu::test::deviceName);
 
 }  // namespace
 }  // namespace velicor::test

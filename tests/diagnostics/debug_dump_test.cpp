@@ -4,12 +4,12 @@
 #include <cstdlib>
 #include <utility>
 
+#include <gtest/gtest.h>
 #include <QColor>
 #include <QDir>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QWidget>
-#include <gtest/gtest.h>
 
 #include "platform/gpu/native/native_device.h"
 #include "support/log_recorder.h"
@@ -28,8 +28,7 @@ class DebugDumpTest : public testing::Test {
 
   // Two by one pixels with the bytes of `orange` as the first.
   std::shared_ptr<gpu::Texture> texture(gpu::PixelFormat format) {
-    auto made = device_->makeTexture(
-        {format, 2, 1, gpu::TextureUsage::shaderRead, gpu::StorageMode::shared});
+    auto made = device_->makeTexture({format, 2, 1, gpu::TextureUsage::shaderRead, gpu::StorageMode::shared});
     made->replace({{0, 0}, {1, 1}}, orange, 4);
     made->replace({{1, 0}, {1, 1}}, std::array<std::byte, 4>{}, 4);
     return made;

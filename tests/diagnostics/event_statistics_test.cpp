@@ -18,7 +18,8 @@ using testing::IsEmpty;
 class EventStatisticsTest : public testing::Test {
  protected:
   void tickTimes(const char* name, int count) {
-    for (int i = 0; i < count; ++i) statistics_.tick(name);
+    for (int i = 0; i < count; ++i)
+      statistics_.tick(name);
   }
 
   std::vector<std::string> reports_;
@@ -52,8 +53,10 @@ TEST_F(EventStatisticsTest, SortsWholeTexts) {
 
 TEST_F(EventStatisticsTest, CountsFromSeveralThreadsWithOneTimer) {
   std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) threads.emplace_back([this] { tickTimes("captured", 1000); });
-  for (std::thread& thread : threads) thread.join();
+  for (int i = 0; i < 4; ++i)
+    threads.emplace_back([this] { tickTimes("captured", 1000); });
+  for (std::thread& thread : threads)
+    thread.join();
   clock_.advance(1s);
   EXPECT_THAT(reports_, ElementsAre("captured=4000"));
 }

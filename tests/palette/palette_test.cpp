@@ -24,7 +24,8 @@ TEST(Palette, StandardColoursAndTheirForms) {
 
 TEST(Palette, HexTextsThatAreColours) {
   const Palette::RGB yellow{1.0, 242.0 / 255, 0.0};
-  for (const char* text : {"#FFF200", "fff200", "FfF200"}) EXPECT_EQ(Palette::RGB::fromHex(text), yellow) << text;
+  for (const char* text : {"#FFF200", "fff200", "FfF200"})
+    EXPECT_EQ(Palette::RGB::fromHex(text), yellow) << text;
   EXPECT_EQ(Palette::RGB::fromHex("+0F00A"), (Palette::RGB{0, 240.0 / 255, 10.0 / 255}));
   EXPECT_EQ(Palette::RGB::fromHex("#-00001"), (Palette::RGB{1, 1, 1}));
 }
@@ -55,7 +56,8 @@ TEST(Palette, RestoresOnlyAWholePalette) {
   shorter.pop_back();
   longer.push_back("#000000");
   unreadable[10] = "red";
-  for (const auto& wrong : {shorter, longer, unreadable}) EXPECT_EQ(Palette(wrong), Palette::standard());
+  for (const auto& wrong : {shorter, longer, unreadable})
+    EXPECT_EQ(Palette(wrong), Palette::standard());
 }
 
 }  // namespace

@@ -32,7 +32,8 @@ void accumulateScopes(const gpu::NativeArguments& arguments, gpu::GridRange rang
                     arguments.array<std::uint32_t>(1, 3 * planeCounters)};
   const auto area = arguments.value<Rectangle>(2);
   const std::uint32_t stride = std::max(arguments.value<std::uint32_t>(3), 1U);
-  if (area.x >= static_cast<std::uint32_t>(source.width) || area.y >= static_cast<std::uint32_t>(source.height)) {
+  if (area.x >= static_cast<std::uint32_t>(source.width) ||
+      area.y >= static_cast<std::uint32_t>(source.height)) {
     return;
   }
   const std::uint32_t width = std::min(area.width, static_cast<std::uint32_t>(source.width) - area.x);

@@ -26,7 +26,8 @@ Packed grey(std::int32_t value) {
 
 std::array<float, 4> blend(const std::array<float, 4>& from, const std::array<float, 4>& to, float share) {
   std::array<float, 4> result;
-  for (std::size_t i = 0; i < result.size(); ++i) result[i] = from[i] + (to[i] - from[i]) * share;
+  for (std::size_t i = 0; i < result.size(); ++i)
+    result[i] = from[i] + (to[i] - from[i]) * share;
   return result;
 }
 
@@ -77,7 +78,8 @@ void falseColor(const gpu::NativeArguments& arguments, gpu::GridRange range) {
     paint(arguments, range, [&](color::Pixel pixel) {
       const std::int32_t luma = color::luma(pixel);
       const color::SkinZone zone = color::skinZone(pixel, luma);
-      return zone == color::SkinZone::notSkin ? grey(color::greyOf(luma)) : zones[static_cast<std::size_t>(zone)];
+      return zone == color::SkinZone::notSkin ? grey(color::greyOf(luma))
+                                              : zones[static_cast<std::size_t>(zone)];
     });
   } else {
     const std::vector<Packed> table = heatTable(palette.subspan(3));

@@ -44,7 +44,8 @@ constexpr std::int32_t crBin(Pixel p, std::int32_t luma) {
 }
 
 // Cb and Cr in units of 1 / 65280, so that 0.5 is 32640 and a sum of two squares or products with a Q15
-// number stays within 32 bits. The weights are 2²⁰ × those of the formulas and sum to zero: grey is exactly 0.
+// number stays within 32 bits. The weights are 2²⁰ × those of the formulas and sum to zero: grey is exactly
+// 0.
 struct Chroma {
   std::int32_t cb = 0;
   std::int32_t cr = 0;
@@ -52,7 +53,8 @@ struct Chroma {
 inline constexpr std::int32_t halfChroma = 32640;
 
 constexpr Chroma chroma(Pixel p) {
-  return {(-120138 * p.r - 404150 * p.g + 524288 * p.b) >> 12, (524288 * p.r - 476214 * p.g - 48074 * p.b) >> 12};
+  return {(-120138 * p.r - 404150 * p.g + 524288 * p.b) >> 12,
+          (524288 * p.r - 476214 * p.g - 48074 * p.b) >> 12};
 }
 
 // A half-line from the origin: cosine and sine of its angle in Q15.

@@ -16,7 +16,8 @@ namespace {
 class TracePixels {
  public:
   TracePixels(const color::Tint& tint, float gain) : tint_(tint), gain_(gain) {
-    for (std::uint32_t count = 0; count < tableSize; ++count) table_.push_back(compute(count));
+    for (std::uint32_t count = 0; count < tableSize; ++count)
+      table_.push_back(compute(count));
   }
 
   Packed operator()(std::uint32_t count) const { return count < tableSize ? table_[count] : compute(count); }
@@ -27,7 +28,8 @@ class TracePixels {
 
   Packed compute(std::uint32_t count) const {
     const float brightness = std::min(1.0F, std::log2(1.0F + static_cast<float>(count)) * gain_);
-    return packed({byteOf(tint_[0] * brightness), byteOf(tint_[1] * brightness), byteOf(tint_[2] * brightness), 255});
+    return packed(
+        {byteOf(tint_[0] * brightness), byteOf(tint_[1] * brightness), byteOf(tint_[2] * brightness), 255});
   }
 
   color::Tint tint_;
@@ -56,7 +58,8 @@ void renderVectorscope(const gpu::NativeArguments& arguments, gpu::GridRange ran
   const int endRow = std::min({range.endRow, image.height, vectorscopeSide});
   for (int y = range.firstRow; y < endRow; ++y) {
     const std::uint32_t* bins = &counters[static_cast<std::size_t>(y / 2) * scopeBins];
-    for (int x = 0; x < width; ++x) store(image.pixel(x, y), trace(bins[x / 2]));
+    for (int x = 0; x < width; ++x)
+      store(image.pixel(x, y), trace(bins[x / 2]));
   }
 }
 
@@ -74,7 +77,8 @@ void renderParade(const gpu::NativeArguments& arguments, gpu::GridRange range) {
     const auto level = static_cast<std::size_t>(paradeHeight - 1 - y);
     for (int x = 0; x < width; ++x) {
       const PanelColumn at = panelColumn(x);
-      const std::size_t bin = at.panel * planeCounters + level * scopeBins + static_cast<std::size_t>(at.column);
+      const std::size_t bin =
+          at.panel * planeCounters + level * scopeBins + static_cast<std::size_t>(at.column);
       store(image.pixel(x, y), at.isGap() ? black : traces[at.panel](counters[bin]));
     }
   }

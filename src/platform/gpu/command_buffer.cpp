@@ -48,7 +48,8 @@ void CommandBuffer::commit() {
   }
   Submission submission;
   submission.passes = std::exchange(passes_, {});
-  for (const auto& drawable : presented_) submission.presented.push_back(drawable->target());
+  for (const auto& drawable : presented_)
+    submission.presented.push_back(drawable->target());
   submission.finished = [self = shared_from_this()](bool succeeded) { self->finish(succeeded); };
   device_->onSubmit(std::move(submission));
 }
@@ -61,7 +62,8 @@ void CommandBuffer::finish(bool succeeded) {
   for (const auto& drawable : std::exchange(presented_, {})) {
     if (succeeded) drawable->publish();
   }
-  for (CompletedHandler& handler : handlers_) handler(*this);
+  for (CompletedHandler& handler : handlers_)
+    handler(*this);
   handlers_.clear();
   const std::scoped_lock guard(mutex_);
   handlersDone_ = true;

@@ -25,7 +25,8 @@ std::shared_ptr<Library> Device::makeLibrary(KernelBundle bundle) {
   return std::make_shared<Library>(shared_from_this(), std::move(bundle));
 }
 
-std::shared_ptr<ComputePipeline> Device::makeComputePipeline(const std::shared_ptr<const Function>& function) {
+std::shared_ptr<ComputePipeline> Device::makeComputePipeline(
+    const std::shared_ptr<const Function>& function) {
   require(function && function->device.get() == this, "a pipeline from no function, or another device's");
   return onMakeComputePipeline(*function);
 }

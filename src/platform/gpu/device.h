@@ -19,9 +19,9 @@ namespace velicor::gpu {
 
 // A processor that executes command buffers. Everything made by a device keeps it alive.
 //
-// The public functions check their arguments once for all devices: a mistake of the program (a size of zero, a
-// resource of another device) ends the process with a log line; what can fail at run time gives nullptr. The
-// devices below trust what they get. Any thread.
+// The public functions check their arguments once for all devices: a mistake of the program (a size of zero,
+// a resource of another device) ends the process with a log line; what can fail at run time gives nullptr.
+// The devices below trust what they get. Any thread.
 class Device : public std::enable_shared_from_this<Device> {
  public:
   virtual ~Device() = default;
@@ -65,7 +65,8 @@ class Device : public std::enable_shared_from_this<Device> {
   virtual std::shared_ptr<Buffer> onMakeBuffer(std::size_t length, StorageMode storageMode) = 0;
   virtual std::shared_ptr<Texture> onMakeTexture(const TextureDescriptor& descriptor) = 0;
   virtual std::shared_ptr<ComputePipeline> onMakeComputePipeline(const Function& function) = 0;
-  virtual std::shared_ptr<RenderPipeline> onMakeRenderPipeline(const RenderPipelineDescriptor& descriptor) = 0;
+  virtual std::shared_ptr<RenderPipeline> onMakeRenderPipeline(
+      const RenderPipelineDescriptor& descriptor) = 0;
   virtual std::shared_ptr<TextureCache> onMakeTextureCache() = 0;
   virtual std::shared_ptr<DrawableTarget> onMakeDrawableTarget(int width, int height) = 0;
 

@@ -16,7 +16,8 @@
 //   commandBuffer->addCompletedHandler(… ask for a repaint …);
 //   commandBuffer->commit();
 //   …
-//   auto picture = drawables->front();                           // in the paint event: the newest finished one
+//   auto picture = drawables->front();                           // in the paint event: the newest finished
+//   one
 //
 // A view has two targets. The one whose picture is newest, or is still held by somebody, is never drawn into.
 namespace velicor::gpu {
@@ -69,8 +70,8 @@ class Drawables : public std::enable_shared_from_this<Drawables> {
  public:
   explicit Drawables(std::shared_ptr<Device> device);
 
-  // A target of this size in device pixels. nullptr where the size is empty, where both targets are taken (one
-  // is shown, the other still being drawn), or where the device has no memory for it.
+  // A target of this size in device pixels. nullptr where the size is empty, where both targets are taken
+  // (one is shown, the other still being drawn), or where the device has no memory for it.
   std::shared_ptr<Drawable> next(int width, int height);
 
   // The newest finished picture, whatever its size; nullptr before the first.

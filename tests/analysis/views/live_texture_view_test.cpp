@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include <QImage>
 #include <gtest/gtest.h>
+#include <QImage>
 
 #include "analysis/metal_processor.h"
 #include "analysis/notification_names.h"
@@ -77,10 +77,11 @@ class LiveTextureViewTest : public testing::Test {
   }
 
   std::shared_ptr<gpu::Texture> filled(int width, int height, std::byte blue) {
-    auto made = device->makeTexture({gpu::PixelFormat::bgra8Unorm, width, height, gpu::TextureUsage::shaderRead,
-                                        gpu::StorageMode::shared});
+    auto made = device->makeTexture({gpu::PixelFormat::bgra8Unorm, width, height,
+                                     gpu::TextureUsage::shaderRead, gpu::StorageMode::shared});
     std::vector<std::byte> pixels(static_cast<std::size_t>(width * height) * 4, std::byte{255});
-    for (std::size_t i = 0; i < pixels.size(); i += 4) pixels[i] = blue;
+    for (std::size_t i = 0; i < pixels.size(); i += 4)
+      pixels[i] = blue;
     made->replace({{}, {width, height}}, pixels, static_cast<std::size_t>(width) * 4);
     return made;
   }
@@ -114,7 +115,8 @@ TEST_F(LiveTextureViewTest, aNotificationBringsTheTextureFittedInTheMiddle) {
 TEST_F(LiveTextureViewTest, aRepaintThatNobodyAskedForCostsNoDraw) {
   show();
   const int before = renderer->draws;
-  for (int i = 0; i < 3; ++i) view->repaint();
+  for (int i = 0; i < 3; ++i)
+    view->repaint();
   settleDraws();
   EXPECT_EQ(renderer->draws, before);
 }
@@ -123,9 +125,11 @@ TEST_F(LiveTextureViewTest, notificationsDuringADrawLeadToOneMore) {
   show();
   const int before = renderer->draws;
   post();
-  while (renderer->draws == before) test::settle();
+  while (renderer->draws == before)
+    test::settle();
   // Under way now, or just finished; whatever comes in one go is one draw.
-  for (int i = 0; i < 10; ++i) post();
+  for (int i = 0; i < 10; ++i)
+    post();
   settleDraws();
   EXPECT_GE(renderer->draws, before + 2);
   EXPECT_LE(renderer->draws, before + 3);

@@ -39,10 +39,12 @@ TEST_P(CommandTest, CommitsFromSeveralThreadsAllRun) {
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
       const auto queue = device_->makeCommandQueue();
-      for (int k = 0; k < 50; ++k) numberWork(*queue, "addOne", number)->commit();
+      for (int k = 0; k < 50; ++k)
+        numberWork(*queue, "addOne", number)->commit();
     });
   }
-  for (std::thread& thread : threads) thread.join();
+  for (std::thread& thread : threads)
+    thread.join();
   const auto last = numberWork(*queue_, "addOne", number);
   last->commit();
   last->waitUntilCompleted();
@@ -103,7 +105,8 @@ TEST_P(CommandTest, EverythingMayBeLetGoWhileWorkIsUnderWay) {
     std::promise<std::uint32_t> result;
     auto number = device_->makeBuffer(4, StorageMode::shared);
     numberIn(*number) = 0;
-    for (int i = 0; i < 10; ++i) numberWork(*queue_, "addOne", number)->commit();
+    for (int i = 0; i < 10; ++i)
+      numberWork(*queue_, "addOne", number)->commit();
     auto last = numberWork(*queue_, "twice", number);
     last->addCompletedHandler([&, kept = number](const CommandBuffer&) {
       letGo.get_future().wait();

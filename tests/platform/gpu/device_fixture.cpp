@@ -16,7 +16,8 @@ void paintPositions(const NativeArguments& arguments, GridRange range) {
   const NativeImage& image = arguments.texture(0);
   for (int y = range.firstRow; y < std::min(range.endRow, image.height); ++y) {
     for (int x = 0; x < std::min(range.width, image.width); ++x) {
-      const std::array pixel{static_cast<std::byte>(x), static_cast<std::byte>(y), std::byte{0}, std::byte{255}};
+      const std::array pixel{static_cast<std::byte>(x), static_cast<std::byte>(y), std::byte{0},
+                             std::byte{255}};
       std::ranges::copy(pixel, image.pixel(x, y));
     }
   }
@@ -63,7 +64,10 @@ std::vector<std::uint8_t> DeviceTest::pixelsOf(const std::shared_ptr<Texture>& s
   const auto copied = texture(source->width(), source->height(), StorageMode::shared, source->pixelFormat());
   const auto commands = queue_->makeCommandBuffer();
   const auto blit = commands->makeBlitEncoder();
-  blit->copy({.source = source, .sourceOrigin = {}, .size = source->size(), .destination = copied,
+  blit->copy({.source = source,
+              .sourceOrigin = {},
+              .size = source->size(),
+              .destination = copied,
               .destinationOrigin = {}});
   blit->endEncoding();
   commands->commit();

@@ -28,9 +28,9 @@ class DeviceTest : public testing::TestWithParam<TestDevice> {
 
   std::shared_ptr<Texture> texture(int width, int height, StorageMode storageMode = StorageMode::shared,
                                    PixelFormat format = PixelFormat::rgba8Unorm) {
-    return device_->makeTexture({format, width, height,
-                                 TextureUsage::shaderRead | TextureUsage::shaderWrite | TextureUsage::renderTarget,
-                                 storageMode});
+    return device_->makeTexture(
+        {format, width, height,
+         TextureUsage::shaderRead | TextureUsage::shaderWrite | TextureUsage::renderTarget, storageMode});
   }
 
   // A command buffer that runs the kernel once over one number.

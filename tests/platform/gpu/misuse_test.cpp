@@ -35,8 +35,10 @@ TEST_P(MisuseTest, OfBlits) {
   EXPECT_DEATH(blit->fill({buffer_, 1, 16, 0}), "misuse: a fill outside its buffer");
   EXPECT_DEATH(blit->copy({buffer_, 0, buffer_, 8, 4}), "misuse: a copy of a buffer to itself");
   const auto other = texture(3, 3);
-  EXPECT_DEATH(blit->copy({texture_, {0, 0}, {4, 4}, other, {0, 0}}), "misuse: a copy to outside its texture");
-  EXPECT_DEATH(blit->copy({texture_, {2, 2}, {3, 3}, other, {0, 0}}), "misuse: a copy from outside its texture");
+  EXPECT_DEATH(blit->copy({texture_, {0, 0}, {4, 4}, other, {0, 0}}),
+               "misuse: a copy to outside its texture");
+  EXPECT_DEATH(blit->copy({texture_, {2, 2}, {3, 3}, other, {0, 0}}),
+               "misuse: a copy from outside its texture");
   const auto foreign = GetParam().make()->makeTexture({.width = 4, .height = 4});
   EXPECT_DEATH(blit->copy({foreign, {0, 0}, {1, 1}, texture_, {0, 0}}), "misuse: .* another device");
 }

@@ -14,7 +14,8 @@ constexpr int height = 23;
 
 void countCoverage(const Triangle& triangle, std::vector<int>& coverage) {
   forEachSpan(triangle, {.width = width, .height = height}, [&](const FragmentSpan& span) {
-    for (int x = span.xBegin; x < span.xEnd; ++x) ++coverage[static_cast<std::size_t>(span.y * width + x)];
+    for (int x = span.xBegin; x < span.xEnd; ++x)
+      ++coverage[static_cast<std::size_t>(span.y * width + x)];
   });
 }
 
@@ -22,7 +23,8 @@ void countCoverage(const Triangle& triangle, std::vector<int>& coverage) {
 TEST(Rasterizer, TrianglesThatShareEdgesCoverEveryPixelOnce) {
   std::mt19937 random(7);
   std::uniform_int_distribution<int> step(-63, 63);
-  constexpr std::array corners{NativeVertex{-1, -1}, NativeVertex{1, -1}, NativeVertex{1, 1}, NativeVertex{-1, 1}};
+  constexpr std::array corners{NativeVertex{-1, -1}, NativeVertex{1, -1}, NativeVertex{1, 1},
+                               NativeVertex{-1, 1}};
   for (int round = 0; round < 200; ++round) {
     // Steps of 1/64 meet pixel centres and corners often.
     const NativeVertex inner{static_cast<float>(step(random)) / 64, static_cast<float>(step(random)) / 64};
@@ -40,8 +42,9 @@ TEST(Rasterizer, ClipsToTheTargetAndDrawsNothingOfNoArea) {
   std::vector<int> coverage(width * height);
   countCoverage({{{-1, -1}, {3, -1}, {-1, 3}}}, coverage);
   EXPECT_THAT(coverage, testing::Each(1));
-  for (const Triangle& empty : {Triangle{{{-1, -1}, {0, 0}, {1, 1}}}, Triangle{{{0, 0}, {0, 0}, {0, 0}}},
-                                Triangle{{{NAN, -1}, {3, -1}, {-1, 3}}}, Triangle{{{5, 5}, {9, 5}, {5, 9}}}}) {
+  for (const Triangle& empty :
+       {Triangle{{{-1, -1}, {0, 0}, {1, 1}}}, Triangle{{{0, 0}, {0, 0}, {0, 0}}},
+        Triangle{{{NAN, -1}, {3, -1}, {-1, 3}}}, Triangle{{{5, 5}, {9, 5}, {5, 9}}}}) {
     countCoverage(empty, coverage);
   }
   EXPECT_THAT(coverage, testing::Each(1));

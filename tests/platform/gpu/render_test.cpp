@@ -27,7 +27,8 @@ class RenderTest : public DeviceTest {
     return pixelsOf(target);
   }
 
-  static std::span<const std::uint8_t> at(const std::vector<std::uint8_t>& pixels, std::size_t x, std::size_t y) {
+  static std::span<const std::uint8_t> at(const std::vector<std::uint8_t>& pixels, std::size_t x,
+                                          std::size_t y) {
     return std::span(pixels).subspan((y * 8 + x) * 4, 4);
   }
 };

@@ -12,12 +12,17 @@ namespace velicor::gpu {
 
 namespace {
 
-const NativeImage& imageOf(const Texture& texture) { return static_cast<const NativeTexture&>(texture).image(); }
+const NativeImage& imageOf(const Texture& texture) {
+  return static_cast<const NativeTexture&>(texture).image();
+}
 
-std::span<std::byte> bytesOf(const Buffer& buffer) { return static_cast<const NativeBuffer&>(buffer).bytes(); }
+std::span<std::byte> bytesOf(const Buffer& buffer) {
+  return static_cast<const NativeBuffer&>(buffer).bytes();
+}
 
 std::span<std::byte> bytesOf(const decltype(Bindings::buffers)::value_type& binding) {
-  if (const auto* slice = std::get_if<BufferSlice>(&binding)) return bytesOf(*slice->buffer).subspan(slice->offset);
+  if (const auto* slice = std::get_if<BufferSlice>(&binding))
+    return bytesOf(*slice->buffer).subspan(slice->offset);
   if (const auto* bytes = std::get_if<InlineBytes>(&binding)) {
     // Functions take every buffer as writable; inline bytes are theirs alone and never looked at again.
     return {const_cast<std::byte*>(bytes->data()), bytes->size()};
@@ -30,7 +35,8 @@ NativeArguments argumentsFrom(const Bindings& bindings) {
   for (std::size_t i = 0; i < bindings.textures.size(); ++i) {
     if (bindings.textures[i]) arguments.textures[i] = imageOf(*bindings.textures[i]);
   }
-  for (std::size_t i = 0; i < bindings.buffers.size(); ++i) arguments.buffers[i] = bytesOf(bindings.buffers[i]);
+  for (std::size_t i = 0; i < bindings.buffers.size(); ++i)
+    arguments.buffers[i] = bytesOf(bindings.buffers[i]);
   return arguments;
 }
 
@@ -42,9 +48,11 @@ void clear(const NativeImage& image, const ClearColor& color) {
   std::byte pixel[bytesPerPixel] = {channelByte(color.red), channelByte(color.green), channelByte(color.blue),
                                     channelByte(color.alpha)};
   if (image.format == PixelFormat::bgra8Unorm) std::swap(pixel[0], pixel[2]);
-  for (int x = 0; x < image.width; ++x) std::memcpy(image.pixel(x, 0), pixel, bytesPerPixel);
+  for (int x = 0; x < image.width; ++x)
+    std::memcpy(image.pixel(x, 0), pixel, bytesPerPixel);
   const std::size_t rowLength = bytesPerPixel * static_cast<std::size_t>(image.width);
-  for (int y = 1; y < image.height; ++y) std::memcpy(image.row(y), image.row(0), rowLength);
+  for (int y = 1; y < image.height; ++y)
+    std::memcpy(image.row(y), image.row(0), rowLength);
 }
 
 void run(const TextureCopy& copy) {
@@ -81,8 +89,7 @@ void run(const RenderPass& pass) {
     for (int i = draw.vertexStart; i < draw.vertexStart + draw.vertexCount; i += 3) {
       const Triangle triangle{pipeline.vertex(vertex, i), pipeline.vertex(vertex, i + 1),
                               pipeline.vertex(vertex, i + 2)};
-      forEachSpan(triangle, target,
-                  [&](const FragmentSpan& span) { pipeline.fragment(fragment, span); });
+      forEachSpan(triangle, target, [&](const FragmentSpan& span) { pipeline.fragment(fragment, span); });
     }
   }
 }

@@ -24,11 +24,13 @@ std::shared_ptr<ComputePipeline> NativeDevice::onMakeComputePipeline(const Funct
   return native ? std::make_shared<NativeComputePipeline>(shared_from_this(), *native) : nullptr;
 }
 
-std::shared_ptr<RenderPipeline> NativeDevice::onMakeRenderPipeline(const RenderPipelineDescriptor& descriptor) {
+std::shared_ptr<RenderPipeline> NativeDevice::onMakeRenderPipeline(
+    const RenderPipelineDescriptor& descriptor) {
   const auto* vertex = std::get_if<NativeVertexFunction>(&descriptor.vertexFunction->forms.native);
   const auto* fragment = std::get_if<NativeFragmentFunction>(&descriptor.fragmentFunction->forms.native);
   if (!vertex || !fragment) return nullptr;
-  return std::make_shared<NativeRenderPipeline>(shared_from_this(), descriptor.colorFormat, *vertex, *fragment);
+  return std::make_shared<NativeRenderPipeline>(shared_from_this(), descriptor.colorFormat, *vertex,
+                                                *fragment);
 }
 
 std::shared_ptr<TextureCache> NativeDevice::onMakeTextureCache() {

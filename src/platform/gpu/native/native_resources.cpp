@@ -10,7 +10,9 @@ namespace {
 constexpr std::size_t pageSize = 4096;
 constexpr std::size_t rowAlignment = 64;  // a cache line, and the widest vector registers
 
-constexpr std::size_t roundedUp(std::size_t value, std::size_t unit) { return (value + unit - 1) / unit * unit; }
+constexpr std::size_t roundedUp(std::size_t value, std::size_t unit) {
+  return (value + unit - 1) / unit * unit;
+}
 
 std::size_t rowLength(int width) { return bytesPerPixel * static_cast<std::size_t>(width); }
 

@@ -24,7 +24,8 @@ PageMemory allocatePages(std::size_t length);
 
 class NativeBuffer : public Buffer {
  public:
-  NativeBuffer(std::shared_ptr<Device> device, PageMemory memory, std::size_t length, StorageMode storageMode);
+  NativeBuffer(std::shared_ptr<Device> device, PageMemory memory, std::size_t length,
+               StorageMode storageMode);
   std::span<std::byte> bytes() const { return {memory_.get(), length()}; }
 
  private:

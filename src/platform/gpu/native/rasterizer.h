@@ -9,8 +9,9 @@ namespace velicor::gpu {
 
 using Triangle = std::array<NativeVertex, 3>;
 
-// The rows of pixels whose centres lie in the triangle, top to bottom, clipped to the target. A centre exactly
-// on a left or upper edge belongs to the triangle, on a right or lower one it does not. Either winding.
+// The rows of pixels whose centres lie in the triangle, top to bottom, clipped to the target. A centre
+// exactly on a left or upper edge belongs to the triangle, on a right or lower one it does not. Either
+// winding.
 void forEachSpan(const Triangle& triangle, const NativeImage& target,
                  const std::function<void(const FragmentSpan&)>& draw);
 

@@ -52,7 +52,8 @@ void Worker::run(const std::shared_ptr<State>& state) {
     Submission submission = std::move(state->submissions.front());
     state->submissions.pop_front();
     guard.unlock();
-    for (const Pass& pass : submission.passes) execute(pass);
+    for (const Pass& pass : submission.passes)
+      execute(pass);
     submission.passes.clear();
     submission.finished(true);
     // What the submission holds goes now, outside the lock: it may be the last to hold the device.
