@@ -11,7 +11,8 @@ class LoupeContainer : public QWidget {
 
  protected:
   void resizeEvent(QResizeEvent*) override {
-    for (QWidget* child : findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) child->setGeometry(rect());
+    for (QWidget* child : findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+      child->setGeometry(rect());
   }
 };
 

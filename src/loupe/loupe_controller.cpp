@@ -59,7 +59,8 @@ LoupeController::LoupeController(std::shared_ptr<MetalProcessor> processor, desk
 }
 
 LoupeController::~LoupeController() {
-  for (Subscription& monitor : mouseMonitors_) monitor = {};
+  for (Subscription& monitor : mouseMonitors_)
+    monitor = {};
   panel_->setDelegate(nullptr);
 }
 

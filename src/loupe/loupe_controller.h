@@ -21,8 +21,8 @@ class CapturedFrameLayer;
 // the panel takes the mouse or lets it through to what lies below. Main thread.
 class LoupeController : private desktop::PanelDelegate {
  public:
-  // Centred on the main screen, not shown. Without a processor the loupe is a frame without a preview. Without
-  // any screen it waits where the primary one would be, and is centred on the first one that comes.
+  // Centred on the main screen, not shown. Without a processor the loupe is a frame without a preview.
+  // Without any screen it waits where the primary one would be, and is centred on the first one that comes.
   LoupeController(std::shared_ptr<MetalProcessor> processor, desktop::Desktop& desktop);
   ~LoupeController() override;
   LoupeController(const LoupeController&) = delete;
@@ -65,7 +65,7 @@ class LoupeController : private desktop::PanelDelegate {
   const std::shared_ptr<MetalProcessor> processor_;
   desktop::Desktop& desktop_;
   const std::unique_ptr<KeyablePanel> panel_;
-  QWidget* const container_;                // owned by the panel, as are the views in it
+  QWidget* const container_;  // owned by the panel, as are the views in it
   LoupeFrameView* frameView_ = nullptr;
   LiveTextureView* metalView_ = nullptr;
   std::shared_ptr<MetalTextureView::Renderer> renderer_;

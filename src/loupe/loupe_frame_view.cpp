@@ -131,7 +131,8 @@ void LoupeFrameView::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   const double scale = devicePixelRatioF();
   const desktop::DeviceSize pixels = Panel::deviceSizeOf(*this);
-  drawLoupeFrame(painter, {0, 0, pixels.width / scale, pixels.height / scale}, {bounds(), isLocked, panelVisible, isInteracting_});
+  drawLoupeFrame(painter, {0, 0, pixels.width / scale, pixels.height / scale},
+                 {bounds(), isLocked, panelVisible, isInteracting_});
 }
 
 }  // namespace velicor

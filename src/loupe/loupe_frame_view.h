@@ -14,16 +14,16 @@ namespace velicor {
 // The visible frame of the loupe: outline, resize handles, two chips in the top-right corner and, during a
 // drag, the size. Tells which part of the frame the mouse is over and reports drags; moves nothing itself.
 //
-// Points of this view have their origin at its bottom-left corner and y up. It counts as having a window while
-// it is in a desktop panel. Main thread.
+// Points of this view have their origin at its bottom-left corner and y up. It counts as having a window
+// while it is in a desktop panel. Main thread.
 class LoupeFrameView : public QWidget {
  public:
   using Zone = LoupeZone;
 
   explicit LoupeFrameView(const QRect& frame, QWidget* parent = nullptr);
 
-  // Every step of a drag: the zone that was taken hold of, the mouse's way since then (y up), and the window's
-  // frame at that time.
+  // Every step of a drag: the zone that was taken hold of, the mouse's way since then (y up), and the
+  // window's frame at that time.
   std::function<void(Zone zone, DesktopSize displacement, DesktopRect startFrame)> onDrag;
 
   // A click on the panel chip was released over it.

@@ -49,9 +49,7 @@ bool isLeft(LoupeZone z) {
 bool isRight(LoupeZone z) {
   return z == LoupeZone::right || z == LoupeZone::topRight || z == LoupeZone::bottomRight;
 }
-bool isTop(LoupeZone z) {
-  return z == LoupeZone::top || z == LoupeZone::topLeft || z == LoupeZone::topRight;
-}
+bool isTop(LoupeZone z) { return z == LoupeZone::top || z == LoupeZone::topLeft || z == LoupeZone::topRight; }
 bool isBottom(LoupeZone z) {
   return z == LoupeZone::bottom || z == LoupeZone::bottomLeft || z == LoupeZone::bottomRight;
 }
@@ -97,7 +95,8 @@ LoupeZone zoneAt(FramePoint p, const FrameRect& bounds) {
 
 DesktopRect draggedFrame(LoupeZone zone, DesktopSize delta, const DesktopRect& start) {
   DesktopRect frame = start;
-  if (zone == LoupeZone::move) return {start.x + delta.width, start.y + delta.height, start.width, start.height};
+  if (zone == LoupeZone::move)
+    return {start.x + delta.width, start.y + delta.height, start.width, start.height};
   if (isLeft(zone)) {
     const double step = std::min(start.width - minimumSide, delta.width);
     frame.x += step;

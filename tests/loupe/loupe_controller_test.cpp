@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include <gtest/gtest.h>
 #include <QApplication>
 #include <QImage>
-#include <gtest/gtest.h>
 
 #include "analysis/notification_names.h"
 #include "platform/desktop/pointer.h"
@@ -68,7 +68,8 @@ class LoupeTest : public testing::Test {
   // Whether the loupe is the window that stands above this one.
   bool isAbove(xcb_window_t other) {
     const desktop::Stack& stack = desktop->windows().windows();
-    return stack.size() >= 2 && stack.back().own && std::ranges::count(stack, other, &desktop::StackedWindow::id) == 1;
+    return stack.size() >= 2 && stack.back().own &&
+           std::ranges::count(stack, other, &desktop::StackedWindow::id) == 1;
   }
 
   // A pixel of the loupe by its distance from the loupe's bottom-left corner.
@@ -145,14 +146,14 @@ TEST_P(LoupeGrips, dragsItsOwnEdges) {
             grip.change);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, LoupeGrips,
-                         testing::Values(Grip{"left", 4, 88, {30, 0, -30, 0}}, Grip{"right", 170, 88, {0, 0, 30, 0}},
-                                         Grip{"top", 88, 170, {0, 0, 0, 20}}, Grip{"bottom", 88, 4, {0, 20, 0, -20}},
-                                         Grip{"topLeft", 4, 170, {30, 0, -30, 20}},
-                                         Grip{"topRight", 172, 172, {0, 0, 30, 20}},
-                                         Grip{"bottomLeft", 4, 4, {30, 20, -30, -20}},
-                                         Grip{"bottomRight", 170, 4, {0, 20, 30, -20}}),
-                         [](const auto& grip) { return grip.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    All, LoupeGrips,
+    testing::Values(Grip{"left", 4, 88, {30, 0, -30, 0}}, Grip{"right", 170, 88, {0, 0, 30, 0}},
+                    Grip{"top", 88, 170, {0, 0, 0, 20}}, Grip{"bottom", 88, 4, {0, 20, 0, -20}},
+                    Grip{"topLeft", 4, 170, {30, 0, -30, 20}}, Grip{"topRight", 172, 172, {0, 0, 30, 20}},
+                    Grip{"bottomLeft", 4, 4, {30, 20, -30, -20}},
+                    Grip{"bottomRight", 170, 4, {0, 20, 30, -20}}),
+    [](const auto& grip) { return grip.param.name; });
 
 TEST_F(LoupeTest, clicksInsideReachTheApplicationBelow) {
   ClickTarget below(client, {500, 200, 500, 500});
@@ -254,7 +255,8 @@ TEST(LoupeWithProcessor, paintsTheCapturedFrameOnlyWithoutACompositor) {
     EXPECT_TRUE(waitUntil([&] { return loupe.capturedFrameView() == nullptr; }));
     EXPECT_EQ(qAlpha(middle()), 0);
   }
-  EXPECT_TRUE(waitUntil([&] { return loupe.capturedFrameView() != nullptr && middle() == qRgb(200, 200, 200); }));
+  EXPECT_TRUE(
+      waitUntil([&] { return loupe.capturedFrameView() != nullptr && middle() == qRgb(200, 200, 200); }));
 }
 
 }  // namespace

@@ -24,13 +24,20 @@ void expectZones(const FrameRect& bounds, std::initializer_list<Expectation> exp
 }
 
 TEST(LoupeZones, aLargeLoupeHasBandsCornersChipsAndAnInterior) {
-  expectZones(large, {{{88, 88}, Zone::move},          {{5, 88}, Zone::left},
-                      {{170, 5}, Zone::bottomRight},   {{140, 160}, Zone::panelButton},
-                      {{160, 160}, Zone::move},        {{168, 88}, Zone::right},
-                      {{88, 3}, Zone::bottom},         {{88, 170}, Zone::top},
-                      {{5, 5}, Zone::bottomLeft},      {{5, 170}, Zone::topLeft},
-                      {{165, 88}, Zone::move},         {{10, 88}, Zone::move},
-                      {{9.99, 88}, Zone::left},        {{165.01, 88}, Zone::right}});
+  expectZones(large, {{{88, 88}, Zone::move},
+                      {{5, 88}, Zone::left},
+                      {{170, 5}, Zone::bottomRight},
+                      {{140, 160}, Zone::panelButton},
+                      {{160, 160}, Zone::move},
+                      {{168, 88}, Zone::right},
+                      {{88, 3}, Zone::bottom},
+                      {{88, 170}, Zone::top},
+                      {{5, 5}, Zone::bottomLeft},
+                      {{5, 170}, Zone::topLeft},
+                      {{165, 88}, Zone::move},
+                      {{10, 88}, Zone::move},
+                      {{9.99, 88}, Zone::left},
+                      {{165.01, 88}, Zone::right}});
 }
 
 TEST(LoupeZones, cornersWinOverChipsAndChipsOverBands) {
@@ -51,10 +58,18 @@ TEST(LoupeZones, theEdgesOfAChipBelongToIt) {
 }
 
 TEST(LoupeZones, aSmallLoupeHasNoInterior) {
-  expectZones(small, {{{60, 40}, Zone::right},   {{70, 70}, Zone::topRight},   {{40, 40}, Zone::topRight},
-                      {{20, 40}, Zone::left},    {{40, 20}, Zone::bottom},     {{27, 70}, Zone::top}, {{25, 70}, Zone::topLeft},
-                      {{30, 30}, Zone::bottomLeft}, {{30, 50}, Zone::topLeft}, {{50, 30}, Zone::bottomRight},
-                      {{66, 66}, Zone::move},    {{45, 60}, Zone::panelButton}});
+  expectZones(small, {{{60, 40}, Zone::right},
+                      {{70, 70}, Zone::topRight},
+                      {{40, 40}, Zone::topRight},
+                      {{20, 40}, Zone::left},
+                      {{40, 20}, Zone::bottom},
+                      {{27, 70}, Zone::top},
+                      {{25, 70}, Zone::topLeft},
+                      {{30, 30}, Zone::bottomLeft},
+                      {{30, 50}, Zone::topLeft},
+                      {{50, 30}, Zone::bottomRight},
+                      {{66, 66}, Zone::move},
+                      {{45, 60}, Zone::panelButton}});
 }
 
 TEST(LoupeZones, theCornerOfTheSmallestLoupeIsFourteenPointsWide) {
@@ -65,9 +80,10 @@ TEST(LoupeZones, theCornerOfTheSmallestLoupeIsFourteenPointsWide) {
 }
 
 TEST(LoupeZones, handlesStandTwoPointsInside) {
-  EXPECT_THAT(handlePoints({0, 0, 100, 60}),
-              testing::ElementsAre(FramePoint{2, 2}, FramePoint{50, 2}, FramePoint{98, 2}, FramePoint{2, 30},
-                                   FramePoint{98, 30}, FramePoint{2, 58}, FramePoint{50, 58}, FramePoint{98, 58}));
+  EXPECT_THAT(
+      handlePoints({0, 0, 100, 60}),
+      testing::ElementsAre(FramePoint{2, 2}, FramePoint{50, 2}, FramePoint{98, 2}, FramePoint{2, 30},
+                           FramePoint{98, 30}, FramePoint{2, 58}, FramePoint{50, 58}, FramePoint{98, 58}));
 }
 
 TEST(LoupeDrag, movingKeepsTheSize) {

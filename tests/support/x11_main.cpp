@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include <QApplication>
 #include <gmock/gmock.h>
+#include <QApplication>
 
 #include "platform/dispatch/main_queue.h"
 

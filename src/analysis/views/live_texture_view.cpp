@@ -30,13 +30,14 @@ void makeOpaque(QPainter& painter, const QRect& rect) {
 
 }  // namespace
 
-LiveTextureView::LiveTextureView(std::shared_ptr<gpu::Device> device, notifications::Name signal, QWidget* parent)
+LiveTextureView::LiveTextureView(std::shared_ptr<gpu::Device> device, notifications::Name signal,
+                                 QWidget* parent)
     : QWidget(parent),
       device_(std::move(device)),
       drawables_(device_->makeDrawables()),
       life_(std::make_shared<LiveTextureView*>(this)) {
-  observer_ = notifications::NotificationCenter::defaultCenter().addObserver(
-      signal, [view = std::weak_ptr(life_)] {
+  observer_ =
+      notifications::NotificationCenter::defaultCenter().addObserver(signal, [view = std::weak_ptr(life_)] {
         if (const auto alive = view.lock()) (*alive)->signalled();
       });
 }

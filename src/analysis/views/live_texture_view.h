@@ -10,10 +10,11 @@
 
 namespace velicor {
 
-// A view of pictures that a device draws. It draws on demand only: when its notification is posted while it can
-// be seen, when it is shown or resized, or when asked to; never on a timer. The device's finished picture is
-// what every paint event shows, over whatever lies below, at the view's alpha; a repaint that nobody asked for
-// costs no draw. While a draw is under way any number of demands lead to one more draw after it. Main thread.
+// A view of pictures that a device draws. It draws on demand only: when its notification is posted while it
+// can be seen, when it is shown or resized, or when asked to; never on a timer. The device's finished picture
+// is what every paint event shows, over whatever lies below, at the view's alpha; a repaint that nobody asked
+// for costs no draw. While a draw is under way any number of demands lead to one more draw after it. Main
+// thread.
 class LiveTextureView : public QWidget {
  public:
   // Draws for a view.
@@ -31,8 +32,8 @@ class LiveTextureView : public QWidget {
   // Held weakly; without one the view paints nothing.
   void setDelegate(std::weak_ptr<Delegate> delegate) { delegate_ = std::move(delegate); }
 
-  // Opacity of what is painted, 0…1. The pictures themselves count as opaque; below 1 their fourth byte has to
-  // say so too.
+  // Opacity of what is painted, 0…1. The pictures themselves count as opaque; below 1 their fourth byte has
+  // to say so too.
   double alphaValue() const { return alpha_; }
   void setAlphaValue(double alpha);
 

@@ -8,8 +8,8 @@
 
 namespace velicor {
 
-// What (x, y) a picture's corners are scaled by, from a view's full extent, so that a texture of tw × th pixels
-// fits a drawable of dw × dh with its proportions kept. (1, 1) where one of them is empty.
+// What (x, y) a picture's corners are scaled by, from a view's full extent, so that a texture of tw × th
+// pixels fits a drawable of dw × dh with its proportions kept. (1, 1) where one of them is empty.
 std::array<float, 2> aspectFitScale(float dw, float dh, float tw, float th);
 
 // A texture in a window: what draws it, on whose device, and when. A plain value, made into a widget once.

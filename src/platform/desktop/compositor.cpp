@@ -9,7 +9,8 @@ namespace velicor::desktop {
 Compositor::Compositor(DisplayServer& server) : server_(server) {
   const x11::Extension& fixes = server_.connection().extensions().fixes;
   if (fixes.present) {
-    xcb_xfixes_select_selection_input(server_.raw(), server_.root(), server_.connection().compositorSelection(),
+    xcb_xfixes_select_selection_input(server_.raw(), server_.root(),
+                                      server_.connection().compositorSelection(),
                                       XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
@@ -22,8 +23,9 @@ Compositor::Compositor(DisplayServer& server) : server_(server) {
 
 void Compositor::refresh() {
   x11::Connection& connection = server_.connection();
-  const auto owner = connection.reply(xcb_get_selection_owner_reply,
-                                      xcb_get_selection_owner(server_.raw(), connection.compositorSelection()));
+  const auto owner =
+      connection.reply(xcb_get_selection_owner_reply,
+                       xcb_get_selection_owner(server_.raw(), connection.compositorSelection()));
   const bool present = owner && (*owner)->owner != XCB_NONE;
   if (present == present_) return;
   present_ = present;

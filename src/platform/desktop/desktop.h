@@ -12,9 +12,9 @@ class MonitorScreens;
 class Pointer;
 class WindowStack;
 
-// The desktop that the program runs on: its monitors, windows, mouse and compositing manager, over a connection
-// of its own. Made once, after the toolkit's application object and before any window; outlives all panels.
-// Main thread.
+// The desktop that the program runs on: its monitors, windows, mouse and compositing manager, over a
+// connection of its own. Made once, after the toolkit's application object and before any window; outlives
+// all panels. Main thread.
 class Desktop {
  public:
   // The display of the environment. Fails where no server answers.

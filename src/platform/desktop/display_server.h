@@ -22,8 +22,8 @@ struct ServerEvent {
   }
 };
 
-// The desktop services' own connection to the X server, served by the main thread's event loop. It watches the
-// root window: its children, its geometry and its properties. Main thread.
+// The desktop services' own connection to the X server, served by the main thread's event loop. It watches
+// the root window: its children, its geometry and its properties. Main thread.
 class DisplayServer {
  public:
   explicit DisplayServer(std::unique_ptr<x11::Connection> connection);

@@ -19,7 +19,8 @@ namespace {
 DeviceRect deviceRectOf(const QScreen& screen) {
   const QRect logical = screen.geometry();
   const double scale = screen.devicePixelRatio();
-  return {logical.x(), logical.y(), roundHalfAway(logical.width() * scale), roundHalfAway(logical.height() * scale)};
+  return {logical.x(), logical.y(), roundHalfAway(logical.width() * scale),
+          roundHalfAway(logical.height() * scale)};
 }
 
 // The toolkit knows outputs, the server monitors: usually of the same name, else told by their place.
@@ -29,21 +30,23 @@ double toolkitScale(const x11::Monitor& monitor) {
       all, [&](const QScreen* screen) { return screen->name().toStdString() == monitor.name; });
   if (named != all.end()) return (*named)->devicePixelRatio();
   const DevicePoint centre{monitor.rect.x + monitor.rect.width / 2, monitor.rect.y + monitor.rect.height / 2};
-  const auto around =
-      std::ranges::find_if(all, [&](const QScreen* screen) { return deviceRectOf(*screen).contains(centre); });
+  const auto around = std::ranges::find_if(
+      all, [&](const QScreen* screen) { return deviceRectOf(*screen).contains(centre); });
   return around != all.end() ? (*around)->devicePixelRatio() : qGuiApp->devicePixelRatio();
 }
 
 ScreenLayout layoutOf(const std::vector<x11::Monitor>& monitors) {
   std::vector<MonitorArea> areas;
-  for (const x11::Monitor& monitor : monitors) areas.push_back({monitor.rect, toolkitScale(monitor)});
+  for (const x11::Monitor& monitor : monitors)
+    areas.push_back({monitor.rect, toolkitScale(monitor)});
   const auto primary = std::ranges::find_if(monitors, &x11::Monitor::primary);
   return {areas, static_cast<std::size_t>(primary - monitors.begin())};
 }
 
 std::vector<Strut> readStruts(x11::Connection& connection, const DeviceRect& root) {
   std::vector<std::pair<xcb_get_property_cookie_t, xcb_get_property_cookie_t>> cookies;
-  for (const xcb_window_t client : x11::propertyNumbers(connection, connection.root(), x11::Atom::netClientList)) {
+  for (const xcb_window_t client :
+       x11::propertyNumbers(connection, connection.root(), x11::Atom::netClientList)) {
     cookies.emplace_back(x11::askProperty(connection, client, connection.atom(x11::Atom::netWmStrutPartial)),
                          x11::askProperty(connection, client, connection.atom(x11::Atom::netWmStrut)));
   }
@@ -99,11 +102,13 @@ void MonitorScreens::watchToolkit() {
     QObject::connect(screen, &QScreen::physicalDotsPerInchChanged, &toolkit_, [this] { refreshSoon(); });
     QObject::connect(screen, &QScreen::logicalDotsPerInchChanged, &toolkit_, [this] { refreshSoon(); });
   };
-  for (const QScreen* screen : QGuiApplication::screens()) watchScreen(screen);
-  QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &toolkit_, [this, watchScreen](const QScreen* screen) {
+  for (const QScreen* screen : QGuiApplication::screens())
     watchScreen(screen);
-    refreshSoon();
-  });
+  QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &toolkit_,
+                   [this, watchScreen](const QScreen* screen) {
+                     watchScreen(screen);
+                     refreshSoon();
+                   });
   QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &toolkit_, [this] { refreshSoon(); });
 }
 
@@ -138,8 +143,8 @@ void MonitorScreens::refresh() {
 
 std::optional<DeviceRect> MonitorScreens::focusedWindow() const {
   x11::Connection& connection = server_.connection();
-  // A window manager that keeps the focus while no window has it does so in a window of its own, out of sight;
-  // what it says about the active window comes first.
+  // A window manager that keeps the focus while no window has it does so in a window of its own, out of
+  // sight; what it says about the active window comes first.
   const auto active = x11::propertyNumbers(connection, server_.root(), x11::Atom::netActiveWindow);
   const auto focus = connection.reply(xcb_get_input_focus_reply, xcb_get_input_focus(server_.raw()));
   const xcb_window_t window = !active.empty() ? active.front() : focus ? (*focus)->focus : XCB_NONE;

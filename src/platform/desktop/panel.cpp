@@ -23,7 +23,8 @@ Qt::WindowFlags flagsOf(PanelKind kind) {
   return Qt::Tool | common | Qt::WindowStaysOnTopHint;
 }
 
-// The toolkit's whole-point idea of a place; its screens keep their device origin and scale distances from it.
+// The toolkit's whole-point idea of a place; its screens keep their device origin and scale distances from
+// it.
 QRect toolkitRect(const DeviceRect& rect) {
   const QScreen* screen = qGuiApp->screenAt(QPoint(rect.x, rect.y));
   if (!screen) screen = qGuiApp->primaryScreen();

@@ -3,8 +3,8 @@
 #include <array>
 #include <utility>
 
-#include <QMouseEvent>
 #include <xcb/xinput.h>
+#include <QMouseEvent>
 
 #include "platform/desktop/display_server.h"
 #include "platform/desktop/monitor_screens.h"
@@ -16,8 +16,8 @@ namespace velicor::desktop {
 namespace {
 
 constexpr int shortestInterval = 16;  // milliseconds between two reports
-constexpr int anyButton = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 | XCB_BUTTON_MASK_4 |
-                          XCB_BUTTON_MASK_5;
+constexpr int anyButton =
+    XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 | XCB_BUTTON_MASK_4 | XCB_BUTTON_MASK_5;
 
 // Raw motion reaches every client that asks, also while another program holds the pointer in a grab.
 void selectRawMotion(DisplayServer& server) {

@@ -29,8 +29,8 @@ class Pointer {
   // Whose windows the mouse moves over.
   enum class Over { otherWindows, ownWindows };
 
-  // The handler is called when the mouse has moved without a button held down, at most 60 times a second, with
-  // a last call after the last motion. Never while the mouse stands still. Ends with the subscription.
+  // The handler is called when the mouse has moved without a button held down, at most 60 times a second,
+  // with a last call after the last motion. Never while the mouse stands still. Ends with the subscription.
   [[nodiscard]] Subscription observeMotion(Over over, std::function<void()> handler);
 
  private:

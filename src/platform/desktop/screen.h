@@ -16,10 +16,10 @@ struct Screen {
   // The capture service's identifier of the same monitor; none where the server names no monitors.
   std::optional<std::uint32_t> displayID;
 
-  DesktopRect frame;               // the whole monitor, in desktop points
-  DesktopRect visibleFrame;        // frame without the bars that panels reserve
-  double backingScaleFactor = 1;   // device pixels per point
-  DeviceRect deviceFrame;          // the same monitor in device pixels of the root window
+  DesktopRect frame;              // the whole monitor, in desktop points
+  DesktopRect visibleFrame;       // frame without the bars that panels reserve
+  double backingScaleFactor = 1;  // device pixels per point
+  DeviceRect deviceFrame;         // the same monitor in device pixels of the root window
 
   friend bool operator==(const Screen&, const Screen&) = default;
 };

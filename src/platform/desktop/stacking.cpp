@@ -27,7 +27,8 @@ std::vector<WindowId> bypassingByLevel(const Stack& stack) {
   std::ranges::copy_if(stack, std::back_inserter(found), isBypassing);
   std::ranges::stable_sort(found, {}, [](const StackedWindow& window) { return window.own->level; });
   std::vector<WindowId> ids;
-  for (const StackedWindow& window : found) ids.push_back(window.id);
+  for (const StackedWindow& window : found)
+    ids.push_back(window.id);
   return ids;
 }
 

@@ -22,7 +22,8 @@ Strut readStrut(const std::vector<std::uint32_t>& numbers, const DeviceRect& roo
   return {side(0, root.height), side(1, root.height), side(2, root.width), side(3, root.width)};
 }
 
-DeviceRect withoutStruts(const DeviceRect& monitor, const DeviceRect& root, const std::vector<Strut>& struts) {
+DeviceRect withoutStruts(const DeviceRect& monitor, const DeviceRect& root,
+                         const std::vector<Strut>& struts) {
   int left = monitor.x;
   int right = monitor.right();
   int top = monitor.y;
@@ -41,7 +42,8 @@ DeviceRect withoutStruts(const DeviceRect& monitor, const DeviceRect& root, cons
     if (acrossRows && inside(fromLeft, monitor.x, monitor.right())) left = std::max(left, fromLeft);
     if (acrossRowsRight && inside(fromRight, monitor.x, monitor.right())) right = std::min(right, fromRight);
     if (acrossColumns && inside(fromTop, monitor.y, monitor.bottom())) top = std::max(top, fromTop);
-    if (acrossColumnsBottom && inside(fromBottom, monitor.y, monitor.bottom())) bottom = std::min(bottom, fromBottom);
+    if (acrossColumnsBottom && inside(fromBottom, monitor.y, monitor.bottom()))
+      bottom = std::min(bottom, fromBottom);
   }
   return {left, top, std::max(0, right - left), std::max(0, bottom - top)};
 }

@@ -1,11 +1,11 @@
 #include "platform/desktop/toolkit_window.h"
 
+#include <xcb/shape.h>
+#include <xcb/xcb.h>
 #include <QApplication>
 #include <QScreen>
 #include <QWidget>
 #include <QWindow>
-#include <xcb/shape.h>
-#include <xcb/xcb.h>
 
 #include "platform/x11/own_clients.h"
 #include "platform/x11/owned.h"
@@ -103,8 +103,8 @@ void removeShadow(WindowId window) {
   const auto atom = reply(xcb_intern_atom_reply, xcb_intern_atom(connection(), 0, sizeof name - 1, name));
   const std::uint32_t none = 0;
   if (!atom) return;
-  forget(xcb_change_property_checked(connection(), XCB_PROP_MODE_REPLACE, window, atom->atom, XCB_ATOM_CARDINAL,
-                                     32, 1, &none));
+  forget(xcb_change_property_checked(connection(), XCB_PROP_MODE_REPLACE, window, atom->atom,
+                                     XCB_ATOM_CARDINAL, 32, 1, &none));
 }
 
 void setLevel(QWidget& window, int level) {
@@ -123,7 +123,8 @@ std::vector<ShownWindow> shownWindows() {
     if (!window->isVisible() || !window->windowHandle()) continue;
     const Qt::WindowFlags flags = window->windowFlags();
     // Menus and tooltips of ours place themselves; only panels are placed by us.
-    const bool bypassing = flags.testFlag(Qt::X11BypassWindowManagerHint) && window->property(levelProperty).isValid();
+    const bool bypassing =
+        flags.testFlag(Qt::X11BypassWindowManagerHint) && window->property(levelProperty).isValid();
     shown.push_back({static_cast<WindowId>(window->windowHandle()->winId()), {levelOf(*window), bypassing}});
   }
   return shown;

@@ -10,8 +10,9 @@
 class QPointF;
 class QWidget;
 
-// Requests about windows that the toolkit made. They go out on the toolkit's own connection, so that the server
-// sees them in one order with the toolkit's requests; errors (a window that has gone) are dropped. Main thread.
+// Requests about windows that the toolkit made. They go out on the toolkit's own connection, so that the
+// server sees them in one order with the toolkit's requests; errors (a window that has gone) are dropped.
+// Main thread.
 namespace velicor::desktop::toolkit {
 
 // Makes the toolkit's connection known as one of this process's, before its first window.
@@ -26,8 +27,8 @@ void configure(WindowId window, const DeviceRect& rect);
 // Where the window really is. A round trip; none when the window has gone.
 std::optional<DeviceRect> geometryOf(WindowId window);
 
-// Whether the pointer passes the window by. Lasts until the window is unmapped by others than us at least; is
-// set again after every map.
+// Whether the pointer passes the window by. To be set again after every map: whether it lasts is up to the
+// window manager and the toolkit.
 void setClickThrough(WindowId window, bool on);
 
 // The pixel of the root window at a place on the toolkit's own desktop.

@@ -36,7 +36,8 @@ QSizeF tabularSize(const QFont& font, const QString& text) {
   const QFontMetricsF metrics(font);
   const double digitWidth = widestDigit(metrics);
   double width = 0;
-  for (const QChar character : text) width += advanceOf(metrics, character, digitWidth);
+  for (const QChar character : text)
+    width += advanceOf(metrics, character, digitWidth);
   return {width, metrics.height()};
 }
 

@@ -48,7 +48,8 @@ void WindowStack::handle(const ServerEvent& event) {
       return handleConfigure(event);
     case XCB_PROPERTY_NOTIFY: {
       const auto& property = event.as<xcb_property_notify_event_t>();
-      if (property.window != server_.root() || property.atom != server_.atom(x11::Atom::netClientList)) return;
+      if (property.window != server_.root() || property.atom != server_.atom(x11::Atom::netClientList))
+        return;
       clientsDirty_ = true;
       return refreshSoon();
     }
@@ -99,7 +100,8 @@ void WindowStack::readTree() {
   const std::set<WindowId> present(order_.begin(), order_.end());
   std::erase_if(facts_, [&](const auto& entry) { return !present.contains(entry.first); });
   std::vector<WindowId> unknown;
-  std::ranges::copy_if(order_, std::back_inserter(unknown), [&](WindowId id) { return !facts_.contains(id); });
+  std::ranges::copy_if(order_, std::back_inserter(unknown),
+                       [&](WindowId id) { return !facts_.contains(id); });
   readFacts(unknown);
 }
 
@@ -114,16 +116,17 @@ void WindowStack::readFacts(const std::vector<WindowId>& windows) {
   x11::Connection& connection = server_.connection();
   std::vector<Questions> questions;
   for (const WindowId window : windows) {
-    questions.push_back(
-        {xcb_get_window_attributes(server_.raw(), window), xcb_get_geometry(server_.raw(), window),
-         xcb_shape_query_extents(server_.raw(), window),
-         x11::askProperty(connection, window, server_.atom(x11::Atom::netWmWindowOpacity))});
+    questions.push_back({xcb_get_window_attributes(server_.raw(), window),
+                         xcb_get_geometry(server_.raw(), window),
+                         xcb_shape_query_extents(server_.raw(), window),
+                         x11::askProperty(connection, window, server_.atom(x11::Atom::netWmWindowOpacity))});
   }
   for (std::size_t i = 0; i < windows.size(); ++i) {
     const auto attributes = connection.reply(xcb_get_window_attributes_reply, questions[i].attributes);
     const auto geometry = connection.reply(xcb_get_geometry_reply, questions[i].geometry);
     const auto shape = connection.reply(xcb_shape_query_extents_reply, questions[i].shape);
-    const bool faded = x11::propertyNumber(connection, questions[i].opacity).value_or(UINT32_MAX) != UINT32_MAX;
+    const bool faded =
+        x11::propertyNumber(connection, questions[i].opacity).value_or(UINT32_MAX) != UINT32_MAX;
     if (!attributes || !geometry) continue;
     const int border = 2 * (*geometry)->border_width;
     facts_[windows[i]] = {
@@ -149,7 +152,8 @@ WindowId WindowStack::topLevelOf(WindowId window) {
   if (known != topLevels_.end()) return known->second;
   WindowId current = window;
   for (;;) {
-    const auto tree = server_.connection().reply(xcb_query_tree_reply, xcb_query_tree(server_.raw(), current));
+    const auto tree =
+        server_.connection().reply(xcb_query_tree_reply, xcb_query_tree(server_.raw(), current));
     if (!tree) return XCB_NONE;
     if ((*tree)->parent == server_.root() || (*tree)->parent == XCB_NONE) break;
     current = (*tree)->parent;
@@ -159,9 +163,11 @@ WindowId WindowStack::topLevelOf(WindowId window) {
 
 Stack WindowStack::compose() {
   std::set<WindowId> managed;
-  for (const WindowId client : clients_) managed.insert(topLevelOf(client));
+  for (const WindowId client : clients_)
+    managed.insert(topLevelOf(client));
   std::map<WindowId, OwnWindow> own;
-  for (const auto& [window, facts] : toolkit::shownWindows()) own[topLevelOf(window)] = facts;
+  for (const auto& [window, facts] : toolkit::shownWindows())
+    own[topLevelOf(window)] = facts;
   Stack stack;
   for (const WindowId id : order_) {
     const auto found = facts_.find(id);
@@ -177,8 +183,8 @@ Stack WindowStack::compose() {
 
 void WindowStack::restack() {
   for (const RestackStep& step : restackSteps(stack_)) {
-    const std::uint32_t values[] = {step.sibling,
-                                    step.above ? std::uint32_t{XCB_STACK_MODE_ABOVE} : std::uint32_t{XCB_STACK_MODE_BELOW}};
+    const std::uint32_t values[] = {
+        step.sibling, step.above ? std::uint32_t{XCB_STACK_MODE_ABOVE} : std::uint32_t{XCB_STACK_MODE_BELOW}};
     xcb_configure_window(server_.raw(), step.window, XCB_CONFIG_WINDOW_SIBLING | XCB_CONFIG_WINDOW_STACK_MODE,
                          values);
   }

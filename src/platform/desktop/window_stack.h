@@ -13,8 +13,8 @@ namespace velicor::desktop {
 class DisplayServer;
 struct ServerEvent;
 
-// The stack of top-level windows as the server has it, kept up to date by its events. Also keeps our bypassing
-// windows in their place. Main thread.
+// The stack of top-level windows as the server has it, kept up to date by its events. Also keeps our
+// bypassing windows in their place. Main thread.
 class WindowStack {
  public:
   explicit WindowStack(DisplayServer& server);
@@ -57,14 +57,14 @@ class WindowStack {
 
   DisplayServer& server_;
   Subscription events_;
-  std::vector<WindowId> order_;            // children of the root window, from the bottom to the top
+  std::vector<WindowId> order_;  // children of the root window, from the bottom to the top
   std::map<WindowId, Facts> facts_;
-  std::map<WindowId, WindowId> topLevels_; // of each managed client and each window of ours
+  std::map<WindowId, WindowId> topLevels_;  // of each managed client and each window of ours
   std::vector<WindowId> clients_;
   Stack stack_;
   bool treeDirty_ = true;
   bool clientsDirty_ = true;
-  std::shared_ptr<bool> pending_;          // a refresh that waits for its turn
+  std::shared_ptr<bool> pending_;  // a refresh that waits for its turn
 };
 
 }  // namespace velicor::desktop

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include <QWidget>
 #include <gtest/gtest.h>
 #include <xcb/randr.h>
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
+#include <QWidget>
 
 #include "platform/desktop/compositor.h"
 #include "platform/desktop/desktop.h"
@@ -44,7 +44,8 @@ class PanelTest : public testing::Test {
 
   DeviceRect serverRect(xcb_window_t window) {
     auto* reply = xcb_get_geometry_reply(client.raw(), xcb_get_geometry(client.raw(), window), nullptr);
-    const DeviceRect rect = reply ? DeviceRect{reply->x, reply->y, reply->width, reply->height} : DeviceRect{};
+    const DeviceRect rect =
+        reply ? DeviceRect{reply->x, reply->y, reply->width, reply->height} : DeviceRect{};
     std::free(reply);
     return rect;
   }
@@ -182,8 +183,8 @@ TEST_F(PanelTest, staysAboveAFullScreenWindow) {
   const DeviceRect whole{0, 0, 1440, 900};
   const xcb_window_t film = client.makeWindow(whole, {.managed = true});
   const std::uint32_t state = client.atom("_NET_WM_STATE_FULLSCREEN");
-  xcb_change_property(client.raw(), XCB_PROP_MODE_REPLACE, film, client.atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 32, 1,
-                      &state);
+  xcb_change_property(client.raw(), XCB_PROP_MODE_REPLACE, film, client.atom("_NET_WM_STATE"), XCB_ATOM_ATOM,
+                      32, 1, &state);
   client.map(film);
   client.raise(film);
   client.sync();
@@ -256,7 +257,8 @@ TEST_F(PanelTest, motionIsReportedAtMostSixtyTimesASecondAndTheLastOneCounts) {
   std::vector<DesktopPoint> seen;
   const Subscription all = desktop->pointer().observeMotion(
       Pointer::Over::otherWindows, [&] { seen.push_back(desktop->pointer().position()); });
-  for (int x = 100; x <= 400; ++x) robot.moveTo({x, 100});
+  for (int x = 100; x <= 400; ++x)
+    robot.moveTo({x, 100});
   EXPECT_TRUE(waitUntil([&] { return !seen.empty() && seen.back().x == 400.5; }));
   EXPECT_LT(seen.size(), 100U);
 }
@@ -302,7 +304,8 @@ TEST_F(PanelTest, followsMonitorsThatComeAndGo) {
   announceMonitors(true);
   const auto frames = [&] {
     std::vector<DesktopRect> found;
-    for (const Screen& screen : desktop->screens().screens()) found.push_back(screen.frame);
+    for (const Screen& screen : desktop->screens().screens())
+      found.push_back(screen.frame);
     return found;
   };
   EXPECT_TRUE(waitUntil([&] {

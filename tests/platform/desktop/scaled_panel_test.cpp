@@ -2,10 +2,10 @@
 #include <cstdlib>
 #include <memory>
 
-#include <QPainter>
-#include <QWidget>
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
+#include <QPainter>
+#include <QWidget>
 
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/monitor_screens.h"
@@ -37,8 +37,8 @@ class ScaledPanelTest : public testing::Test {
     const auto size = [](int value) { return static_cast<std::uint16_t>(value); };
     auto* reply = xcb_get_image_reply(
         client.raw(),
-        xcb_get_image(client.raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, client.root(), word(rect.x - 5), word(rect.y - 5),
-                      size(rect.width + 10), size(rect.height + 10), ~0U),
+        xcb_get_image(client.raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, client.root(), word(rect.x - 5),
+                      word(rect.y - 5), size(rect.width + 10), size(rect.height + 10), ~0U),
         nullptr);
     const auto* pixels = reinterpret_cast<const std::uint32_t*>(xcb_get_image_data(reply));
     const auto count = std::count_if(pixels, pixels + xcb_get_image_data_length(reply) / 4,
@@ -68,7 +68,8 @@ TEST_F(ScaledPanelTest, everySizeIsExactAndPaintedToItsLastPixel) {
     const DeviceRect wanted{101 + pixels % 7, 203, pixels, pixels + 3};
     panel.setFrame(desktop->screens().layout().toDesktop(wanted));
     ASSERT_EQ(panel.deviceFrame(), wanted);
-    EXPECT_TRUE(waitUntil([&] { return coated(wanted) == wanted.width * wanted.height; }, std::chrono::seconds(3)))
+    EXPECT_TRUE(
+        waitUntil([&] { return coated(wanted) == wanted.width * wanted.height; }, std::chrono::seconds(3)))
         << pixels << ": " << coated(wanted) << " of " << wanted.width * wanted.height;
   }
 }

@@ -52,7 +52,8 @@ TEST(ScreenLayout, mixedScalesNeverOverlapAndKeepTheirOwnSize) {
   EXPECT_EQ(layout.frame(0), (DesktopRect{0, 0, 1920, 1080}));
   EXPECT_EQ(layout.frame(1), (DesktopRect{3840, 0, 1920, 1080}));
   for (std::size_t a = 0; a < 3; ++a) {
-    for (std::size_t b = a + 1; b < 3; ++b) EXPECT_TRUE(layout.frame(a).intersection(layout.frame(b)).isEmpty());
+    for (std::size_t b = a + 1; b < 3; ++b)
+      EXPECT_TRUE(layout.frame(a).intersection(layout.frame(b)).isEmpty());
   }
   EXPECT_EQ(layout.toDevice({3840, 980, 100, 100}), (DeviceRect{3840, 0, 100, 100}));
   EXPECT_EQ(layout.toDevice({0, 980, 100, 100}), (DeviceRect{0, 0, 200, 200}));

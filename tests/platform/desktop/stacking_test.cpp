@@ -14,7 +14,9 @@ using testing::IsEmpty;
 
 constexpr DeviceRect place{100, 100, 200, 200};
 
-StackedWindow ordinary(WindowId id, DeviceRect rect = place) { return {id, rect, StackedBy::manager, true, {}}; }
+StackedWindow ordinary(WindowId id, DeviceRect rect = place) {
+  return {id, rect, StackedBy::manager, true, {}};
+}
 StackedWindow popup(WindowId id, DeviceRect rect = place) { return {id, rect, StackedBy::itself, true, {}}; }
 StackedWindow bypassing(WindowId id, int level) {
   return {id, place, StackedBy::itself, false, OwnWindow{level, true}};
@@ -78,7 +80,8 @@ TEST_P(RandomStack, oneRoundIsEnough) {
   std::mt19937 random(GetParam());
   for (int round = 0; round < 500; ++round) {
     Stack stack{bypassing(loupe, 3), bypassing(hint, 5), ownManaged(scopes, 4)};
-    for (WindowId id = 10; id < 15; ++id) stack.push_back(random() % 2 == 0 ? ordinary(id) : popup(id));
+    for (WindowId id = 10; id < 15; ++id)
+      stack.push_back(random() % 2 == 0 ? ordinary(id) : popup(id));
     std::ranges::shuffle(stack, random);
     const Stack settled = carryOut(stack, restackSteps(stack));
     ASSERT_THAT(restackSteps(settled), IsEmpty());
