@@ -116,7 +116,7 @@ void ComputeEncoder::dispatchThreadgroups(GridSize threadgroups, GridSize thread
 RenderEncoder::RenderEncoder(std::shared_ptr<CommandBuffer> commandBuffer, RenderTarget target)
     : Encoder(std::move(commandBuffer)), pass_{std::move(target.texture), target.clearColor, {}} {}
 
-RenderEncoder::~RenderEncoder() { onEnd(); }
+RenderEncoder::~RenderEncoder() { RenderEncoder::onEnd(); }
 
 void RenderEncoder::setPipeline(std::shared_ptr<RenderPipeline> pipeline) {
   require(pipeline && pipeline->device() == device(), "no render pipeline, or another device's");
