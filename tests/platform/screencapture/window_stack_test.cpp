@@ -179,7 +179,7 @@ TEST(WindowStack, KnowsWhenContentsMoveToAnotherPixmap) {
   stack.configured(1, {10, 10, 100, 100}, 0, 0);
   EXPECT_FALSE(changedSince()) << "move";
   stack.shapeChanged(1, true);
-  stack.shownAs(1, false, {}, 0x80000000);
+  stack.shownAs(1, {.opacity = 0x80000000});
   EXPECT_FALSE(changedSince()) << "shape and opacity";
   stack.configured(1, {10, 10, 120, 100}, 0, 0);
   EXPECT_TRUE(changedSince()) << "size";
@@ -220,7 +220,7 @@ TEST(ScenePlan, EndsAtTheWindowThatCoversEverything) {
   stack.shapeChanged(2, true);
   EXPECT_EQ(idsOf(planScene(stack, viewOf(frame))), (std::vector<WindowId>{1, 2, 3}));
   stack.shapeChanged(2, false);
-  stack.shownAs(2, false, {}, 0x80000000);
+  stack.shownAs(2, {.opacity = 0x80000000});
   EXPECT_EQ(idsOf(planScene(stack, viewOf(frame))), (std::vector<WindowId>{2, 3})) << "nobody blends";
   SceneView composited = viewOf(frame);
   composited.composited = true;
@@ -244,10 +244,10 @@ TEST(ScenePlan, LeavesOutOursAndTheirFramesAndWhatIsNotShown) {
   auto stack = stackOf(windows);
   stack.unmapped(1);
   stack.clientFound(2, ourBase + 9);
-  stack.shownAs(3, true, {}, fullyOpaque);
+  stack.shownAs(3, {.minimised = true});
   stack.currentDesktopIs(1);
-  stack.shownAs(4, false, 2, fullyOpaque);
-  stack.shownAs(6, false, everyDesktop, fullyOpaque);
+  stack.shownAs(4, {.desktop = 2});
+  stack.shownAs(6, {.desktop = everyDesktop});
   EXPECT_EQ(idsOf(planScene(stack, viewOf(frame))), std::vector<WindowId>{6});
 
   SceneView everyone = viewOf(frame);
@@ -257,6 +257,45 @@ TEST(ScenePlan, LeavesOutOursAndTheirFramesAndWhatIsNotShown) {
   EXPECT_EQ(idsOf(planScene(stack, everyone)), (std::vector<WindowId>{2, 6}));
   stack.currentDesktopIs(2);
   EXPECT_EQ(idsOf(planScene(stack, everyone)), (std::vector<WindowId>{2, 4, 6}));
+}
+
+// Managers that compose the screen themselves may keep hidden windows mapped behind one that guards them.
+TEST(ScenePlan, ShowsNothingBehindAGuard) {
+  std::vector windows{windowAt(1, {0, 0, 50, 50}), windowAt(2, {0, 0, 1000, 1000}), windowAt(3, {0, 0, 20, 20})};
+  windows[1].unmanaged = true;
+  auto stack = stackOf(windows);
+  stack.shownAs(2, {.guard = true});
+  stack.shownAs(3, {.guard = true});  // a program's title that sounds like it
+  const ScenePlan guarded = planScene(stack, viewOf({0, 0, 50, 50}));
+  EXPECT_EQ(idsOf(guarded), std::vector<WindowId>{3});
+  EXPECT_EQ(guarded.background, viewOf({}).background);
+  stack.unmapped(2);
+  EXPECT_EQ(idsOf(planScene(stack, viewOf({0, 0, 50, 50}))), (std::vector<WindowId>{1, 3}));
+}
+
+TEST(ScenePlan, KeepsToWhatIsPaintedOfAComposedFrame) {
+  constexpr WindowId otherClient = 0x800002;
+  const DeviceRect frame{100, 100, 50, 50};
+  auto stack = stackOf({windowAt(1, {0, 0, 500, 500}), windowAt(2, {95, 95, 100, 100})});
+  stack.clientFound(2, otherClient);
+  stack.shownAs(2, {.clientPlace = DeviceRect{12, 30, 76, 58}, .painted = DeviceRect{10, 10, 80, 80}});
+  SceneView view = viewOf(frame);
+  EXPECT_EQ(idsOf(planScene(stack, view)), std::vector<WindowId>{2}) << "the server shows the margin too";
+
+  view.composited = true;
+  const ScenePlan plan = planScene(stack, view);
+  ASSERT_EQ(idsOf(plan), (std::vector<WindowId>{1, 2}));
+  EXPECT_EQ(plan.layers[1].visible, (DeviceRect{105, 105, 45, 45}));
+  EXPECT_FALSE(plan.layers[1].shaped);
+  view.frame = {110, 110, 20, 20};
+  EXPECT_EQ(idsOf(planScene(stack, view)), std::vector<WindowId>{2}) << "inside the painted part";
+
+  stack.shapeChanged(otherClient, true);
+  const ScenePlan cut = planScene(stack, view);
+  ASSERT_EQ(idsOf(cut), (std::vector<WindowId>{1, 2}));
+  EXPECT_EQ(cut.layers[1].cut, (ClientCut{otherClient, {12, 30, 76, 58}}));
+  stack.shapeChanged(otherClient, true);
+  EXPECT_FALSE(planScene(stack, view) == cut) << "another shape";
 }
 
 TEST(ScenePlan, StaysTheSameForWhatDoesNotShow) {

@@ -9,11 +9,9 @@
 #include <poll.h>
 #include <pthread.h>
 #include <unistd.h>
-#include <xcb/composite.h>
 
-#include "platform/base/product.h"
-#include "platform/log/log.h"
-#include "platform/x11/properties.h"
+#include "platform/screencapture/x11/content_listing.h"
+#include "platform/screencapture/x11/redirection.h"
 
 namespace velicor::screencapture {
 
@@ -38,22 +36,6 @@ timespec timespecOf(Duration duration) {
   return {seconds.count(), (duration - seconds).count()};
 }
 
-// Errors that come with windows vanishing under our hands: each request for one that is gone fails, and so do
-// those that built on it. Nothing is lost by them.
-bool isBenign(const x11::Extensions& all, const xcb_generic_error_t& error) {
-  switch (error.error_code) {
-    case XCB_WINDOW:
-    case XCB_PIXMAP:
-    case XCB_DRAWABLE:
-      return true;
-    case XCB_MATCH:
-      return error.major_code == all.composite.majorOpcode || error.major_code == all.render.majorOpcode;
-    default:
-      return error.error_code == all.damage.firstError || error.error_code == all.fixes.firstError ||
-             error.error_code == all.render.firstError + 1;  // no such damage, region or picture
-  }
-}
-
 }  // namespace
 
 CaptureEngine::CaptureEngine(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own)
@@ -70,38 +52,13 @@ CaptureEngine::~CaptureEngine() {
 }
 
 std::optional<Error> CaptureEngine::prepare() {
-  if (auto refused = redirect()) return refused;
+  if (auto refused = redirectWindows(*connection_)) return refused;
   auto formats = VisualFormats::read(*connection_);
   if (!formats) return formats.error();
   formats_ = std::move(*formats);
   watcher_ = std::make_unique<StackWatcher>(*connection_, *formats_);
   x11::watchMonitors(*connection_);
   return std::nullopt;
-}
-
-// Every window draws into a pixmap of its own from now on, the parts too that others cover. A compositing
-// manager that does the same is not disturbed, and may come and go.
-std::optional<Error> CaptureEngine::redirect() {
-  const x11::Extensions& all = connection_->extensions();
-  const bool complete = all.composite.atLeast(0, 2) && all.damage.present && all.fixes.atLeast(2, 0) &&
-                        all.render.atLeast(0, 10);
-  if (!complete) {
-    // A client that the server does not trust is told that there are no such extensions, and may not read.
-    const auto pixel = connection_->reply(
-        xcb_get_image_reply,
-        xcb_get_image(connection_->raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, connection_->root(), 0, 0, 1, 1, ~0U));
-    if (!pixel) {
-      return Error{std::string(errorDomain), userDeclined, "The X server does not let this program read the screen"};
-    }
-    return Error{std::string(errorDomain), serverRefused,
-                 "The X server lacks an extension that is needed (Composite, Damage, XFixes, Render)"};
-  }
-  const Status redirected = connection_->check(xcb_composite_redirect_subwindows_checked(
-      connection_->raw(), connection_->root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC));
-  if (redirected) return std::nullopt;
-  const int code = redirected.error().code == XCB_ACCESS ? userDeclined : serverRefused;
-  return Error{std::string(errorDomain), code,
-               "The X server does not let this program read windows: " + redirected.error().description};
 }
 
 void CaptureEngine::run(std::stop_token stopping) {
@@ -164,9 +121,7 @@ void CaptureEngine::take(const xcb_generic_error_t& error) {
   for (const auto& worker : workers_) {
     if (worker->take(error)) return;
   }
-  if (isBenign(connection_->extensions(), error)) return;
-  if (!reported_.emplace(error.error_code, error.major_code, error.minor_code).second) return;
-  log::Logger("x11").error("unexpected " + connection_->describe(error));
+  journal_.take(*connection_, error);
 }
 
 // Asks the server until the model is as new as the events are.
@@ -244,7 +199,7 @@ void CaptureEngine::checkRefusals(StreamWorker& worker, Instant now) {
   });
   if (!lostRedirect || (lastRedirect_ && now - *lastRedirect_ < redirectPause)) return;
   lastRedirect_ = now;
-  if (const auto refusal = redirect()) return end(worker, *refusal);
+  if (const auto refusal = redirectWindows(*connection_)) return end(worker, *refusal);
   worker.stir();
 }
 
@@ -322,43 +277,11 @@ Result<ShareableContent> CaptureEngine::content(ContentQuery query) {
   takeEvents();
   catchUp();
   processes_.refresh();
-  const std::set<WindowId> desktops = query.excludingDesktopWindows ? desktopWindows() : std::set<WindowId>();
   if (const auto error = trouble()) return tl::make_unexpected(*error);
-
-  ShareableContent content;
-  for (const x11::Monitor& monitor : monitors_) content.displays.push_back({monitor.id});
-  std::set<pid_t> listed;
-  for (const StackedWindow* window : watcher_->stack().bottomToTop()) {
-    const WindowId owner = window->client != 0 ? window->client : window->id;
-    const bool own = processes_.isOwn(owner);
-    // Ours are listed once they can be seen: before that there is nothing to leave out.
-    if (!isTopLevelOf(*window, own || query.onScreenWindowsOnly) || desktops.contains(window->id)) continue;
-    const auto process = processes_.processOf(owner);
-    const bool unlisted = process && (own || *process != getpid()) && listed.insert(*process).second;
-    if (unlisted) content.applications.push_back({*process, own ? std::string(product::identifier) : ""});
-  }
+  const ShareableContent content =
+      listContent(*connection_, query, watcher_->stack(), processes_, monitors_);
+  if (const auto error = trouble()) return tl::make_unexpected(*error);
   return content;
-}
-
-bool CaptureEngine::isTopLevelOf(const StackedWindow& window, bool onScreenOnly) const {
-  return window.drawable && (!onScreenOnly || (window.viewable && !watcher_->stack().isHidden(window)));
-}
-
-std::set<WindowId> CaptureEngine::desktopWindows() {
-  const xcb_atom_t type = connection_->atom(x11::Atom::netWmWindowType);
-  std::vector<std::pair<WindowId, xcb_get_property_cookie_t>> asked;
-  for (const StackedWindow* window : watcher_->stack().bottomToTop()) {
-    const WindowId owner = window->client != 0 ? window->client : window->id;
-    asked.emplace_back(window->id, x11::askProperty(*connection_, owner, type));
-  }
-  std::set<WindowId> desktops;
-  for (const auto& [id, cookie] : asked) {
-    const auto types = x11::propertyNumbers(*connection_, cookie);
-    const bool isDesktop = std::find(types.begin(), types.end(),
-                                     connection_->atom(x11::Atom::netWmWindowTypeDesktop)) != types.end();
-    if (isDesktop) desktops.insert(id);
-  }
-  return desktops;
 }
 
 }  // namespace velicor::screencapture

@@ -4,12 +4,11 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <thread>
-#include <tuple>
 #include <vector>
 
+#include "platform/screencapture/x11/error_journal.h"
 #include "platform/screencapture/x11/mailbox.h"
 #include "platform/screencapture/x11/stream_worker.h"
 #include "platform/x11/monitors.h"
@@ -46,7 +45,6 @@ class CaptureEngine {
   using Workers = std::vector<std::unique_ptr<StreamWorker>>;
 
   std::optional<Error> prepare();
-  std::optional<Error> redirect();
 
   void run(std::stop_token stopping);
   void wait(std::optional<Instant> until);
@@ -66,8 +64,6 @@ class CaptureEngine {
   void endAll(const Error& error);
   StreamWorker* find(const std::shared_ptr<Delivery>& delivery);
   Result<DeviceRect> monitorRect(const Display& display) const;
-  bool isTopLevelOf(const StackedWindow& window, bool onScreenOnly) const;
-  std::set<WindowId> desktopWindows();
   std::optional<Error> trouble() const;
 
   std::unique_ptr<x11::Connection> connection_;
@@ -82,7 +78,7 @@ class CaptureEngine {
   unsigned filteredRevision_ = 0;  // of the stack, when filters were last looked at
   unsigned filteredClients_ = 0;   // generation of our own clients then
   std::optional<Instant> lastRedirect_;
-  std::set<std::tuple<int, int, int>> reported_;  // kinds of errors that the log has
+  ErrorJournal journal_;
   Workers workers_;
   Workers ended_;  // until nothing uses them any more
   std::shared_ptr<Mailbox> mailbox_ = std::make_shared<Mailbox>();

@@ -10,19 +10,34 @@ bool isLeftOut(const StackedWindow& window, const x11::ClientSet& leftOut) {
   return leftOut.made(window.id) || (window.client != 0 && leftOut.made(window.client));
 }
 
+// Without a compositing manager the server alone decides what shows: all of a frame within its shape.
+DeviceRect paintedPart(const StackedWindow& window, bool composited) {
+  const std::optional<DeviceRect>& painted = window.shown.painted;
+  if (!composited || !painted) return window.bounds;
+  return painted->translatedBy(window.bounds.x + window.border, window.bounds.y + window.border)
+      .intersection(window.bounds);
+}
+
+std::optional<ClientCut> cutOf(const StackedWindow& window, bool composited) {
+  const Appearance& shown = window.shown;
+  if (!composited || !shown.clientShaped || !shown.clientPlace) return std::nullopt;
+  return ClientCut{window.client, *shown.clientPlace};
+}
+
 Layer layerOf(const StackedWindow& window, const DeviceRect& screen, bool composited) {
   Layer layer;
   layer.id = window.id;
   layer.visual = window.visual;
   layer.bounds = window.bounds;
   layer.border = window.border;
-  layer.visible = window.bounds.intersection(screen);
-  layer.shaped = window.shaped;
+  layer.visible = paintedPart(window, composited).intersection(screen);
+  layer.cut = cutOf(window, composited);
+  layer.shaped = window.shaped || layer.cut;
   // Without a compositing manager the server shows the colours as they are, whatever alpha says.
-  layer.opacity = composited ? window.opacity : fullyOpaque;
-  layer.blended = composited && (window.alpha || window.opacity != fullyOpaque);
+  layer.opacity = composited ? window.shown.opacity : fullyOpaque;
+  layer.blended = composited && (window.alpha || window.shown.opacity != fullyOpaque);
   layer.pixmapGeneration = window.pixmapGeneration;
-  layer.shapeGeneration = window.shaped ? window.shapeGeneration : 0;
+  layer.shapeGeneration = layer.shaped ? window.shapeGeneration : 0;
   return layer;
 }
 
@@ -36,13 +51,13 @@ ScenePlan planScene(const WindowStack& stack, const SceneView& view) {
   ScenePlan plan;
   plan.frame = view.frame;
   plan.screen = view.frame.intersection(view.monitor);
-  const auto windows = stack.bottomToTop();
+  const auto windows = stack.visibleBottomToTop();
   for (auto window = windows.rbegin(); window != windows.rend() && !plan.covered; ++window) {
-    const StackedWindow& entry = **window;
-    if (!entry.viewable || !entry.drawable || !entry.bounds.intersects(plan.screen)) continue;
-    if (isLeftOut(entry, view.leftOut) || stack.isHidden(entry)) continue;
-    plan.layers.push_back(layerOf(entry, plan.screen, view.composited));
-    plan.covered = covers(plan.layers.back(), plan.screen);
+    if (!(*window)->drawable || isLeftOut(**window, view.leftOut)) continue;
+    const Layer layer = layerOf(**window, plan.screen, view.composited);
+    if (layer.visible.isEmpty()) continue;
+    plan.layers.push_back(layer);
+    plan.covered = covers(layer, plan.screen);
   }
   std::reverse(plan.layers.begin(), plan.layers.end());
   if (!plan.covered) plan.background = view.background;

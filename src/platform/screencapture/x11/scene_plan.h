@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "platform/base/geometry.h"
@@ -9,14 +10,23 @@
 
 namespace velicor::screencapture {
 
+// A shaped client whose frame is not cut like it: what lies between the two is not shown.
+struct ClientCut {
+  WindowId client = 0;
+  DeviceRect place;  // of the client, relative to the inner corner of the frame's border
+
+  friend bool operator==(const ClientCut&, const ClientCut&) = default;
+};
+
 // One window's part in a frame.
 struct Layer {
   WindowId id = 0;
   std::uint32_t visual = 0;
   DeviceRect bounds;   // of the whole window with its border: where its pixmap lies on the root window
   int border = 0;
-  DeviceRect visible;  // the part of the bounds that lies inside the frame
-  bool shaped = false;
+  DeviceRect visible;  // the part of the bounds that lies inside the frame, without an unpainted margin
+  bool shaped = false;   // only a part of it shows: its own shape, less the cut
+  std::optional<ClientCut> cut;
   bool blended = false;  // what lies beneath shows through
   std::uint32_t opacity = fullyOpaque;
   unsigned pixmapGeneration = 0;

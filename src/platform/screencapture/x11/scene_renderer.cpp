@@ -142,12 +142,31 @@ std::vector<WindowId> SceneRenderer::takeRefused() {
 void SceneRenderer::prepare(const Layer& layer) {
   Surface& surface = surfaces_[layer.id];
   if (surface.pixmap == 0 || surface.pixmapGeneration != layer.pixmapGeneration) name(surface, layer);
-  if (layer.shaped && (surface.shape == 0 || surface.shapeGeneration != layer.shapeGeneration)) {
-    if (surface.shape != 0) xcb_xfixes_destroy_region(connection_.raw(), surface.shape);
-    surface.shape = connection_.newId();
-    surface.shapeGeneration = layer.shapeGeneration;
-    xcb_xfixes_create_region_from_window(connection_.raw(), surface.shape, layer.id, XCB_SHAPE_SK_BOUNDING);
-  }
+  const bool sameShape = surface.shapeGeneration == layer.shapeGeneration && surface.cut == layer.cut;
+  if (layer.shaped && (surface.shape == 0 || !sameShape)) readShape(surface, layer);
+}
+
+void SceneRenderer::readShape(Surface& surface, const Layer& layer) {
+  if (surface.shape != 0) xcb_xfixes_destroy_region(connection_.raw(), surface.shape);
+  surface.shape = connection_.newId();
+  surface.shapeGeneration = layer.shapeGeneration;
+  surface.cut = layer.cut;
+  xcb_xfixes_create_region_from_window(connection_.raw(), surface.shape, layer.id, XCB_SHAPE_SK_BOUNDING);
+  if (layer.cut) subtract(surface.shape, *layer.cut);
+}
+
+// What the client's place has that its shape has not. The client may be gone: then all of its place is kept.
+void SceneRenderer::subtract(std::uint32_t region, const ClientCut& cut) {
+  xcb_connection_t* const c = connection_.raw();
+  const xcb_rectangle_t place = rectangle(cut.place);
+  xcb_xfixes_set_region(c, inside_, 1, &place);
+  xcb_xfixes_set_region(c, parts_, 0, nullptr);
+  const std::uint32_t shape = connection_.newId();
+  xcb_xfixes_create_region_from_window(c, shape, cut.client, XCB_SHAPE_SK_BOUNDING);
+  xcb_xfixes_translate_region(c, shape, s16(cut.place.x), s16(cut.place.y));
+  xcb_xfixes_subtract_region(c, inside_, shape, parts_);
+  xcb_xfixes_subtract_region(c, region, parts_, region);
+  xcb_xfixes_destroy_region(c, shape);
 }
 
 void SceneRenderer::name(Surface& surface, const Layer& layer) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -59,6 +60,7 @@ class SceneRenderer {
     unsigned pixmapGeneration = 0;
     std::uint32_t shape = 0;
     unsigned shapeGeneration = 0;
+    std::optional<ClientCut> cut;
   };
 
   using RegionCookies = std::vector<xcb_xfixes_fetch_region_cookie_t>;
@@ -68,6 +70,8 @@ class SceneRenderer {
   void forget(WindowId id);
   void prepare(const Layer& layer);
   void name(Surface& surface, const Layer& layer);
+  void readShape(Surface& surface, const Layer& layer);
+  void subtract(std::uint32_t region, const ClientCut& cut);
   void makePicture(Surface& surface, const Layer& layer);
   void release(Surface& surface);
   void releaseContents(Surface& surface);
@@ -91,8 +95,9 @@ class SceneRenderer {
   std::uint32_t canvasPicture_ = 0;
   int canvasWidth_ = 0;
   int canvasHeight_ = 0;
-  std::uint32_t parts_ = 0;   // region: what was drawn
-  std::uint32_t inside_ = 0;  // region: the frame, as the window sees it
+  // Regions to work with: what was drawn, and the frame as the window sees it; likewise for cuts.
+  std::uint32_t parts_ = 0;
+  std::uint32_t inside_ = 0;
 };
 
 }  // namespace velicor::screencapture

@@ -1,12 +1,13 @@
 #include "platform/screencapture/x11/stack_watcher.h"
 
-#include <algorithm>
-#include <optional>
+#include <string>
 #include <utility>
 
 #include <xcb/shape.h>
 #include <xcb/xfixes.h>
 
+#include "platform/log/log.h"
+#include "platform/screencapture/x11/window_questions.h"
 #include "platform/x11/properties.h"
 
 namespace velicor::screencapture {
@@ -16,9 +17,7 @@ namespace {
 using x11::Atom;
 using x11::Connection;
 
-// A manager's frame holds the program's window at most this many levels down, among not more siblings.
-constexpr int deepestClient = 3;
-constexpr std::size_t mostSiblings = 64;
+constexpr std::uint8_t sentByProgram = 0x80;
 
 void select(Connection& connection, WindowId window, std::uint32_t mask) {
   xcb_change_window_attributes(connection.raw(), window, XCB_CW_EVENT_MASK, &mask);
@@ -26,53 +25,6 @@ void select(Connection& connection, WindowId window, std::uint32_t mask) {
 
 DeviceRect outerRect(int x, int y, int width, int height, int border) {
   return {x, y, width + 2 * border, height + 2 * border};
-}
-
-std::vector<WindowId> childrenOf(Connection& connection, xcb_query_tree_cookie_t cookie) {
-  const auto reply = connection.reply(xcb_query_tree_reply, cookie);
-  if (!reply) return {};
-  const xcb_window_t* children = xcb_query_tree_children(reply->get());
-  return {children, children + xcb_query_tree_children_length(reply->get())};
-}
-
-// Everything that is asked about a new window, under way at once.
-struct Description {
-  WindowId id;
-  xcb_get_window_attributes_cookie_t attributes;
-  xcb_get_geometry_cookie_t geometry;
-  xcb_shape_query_extents_cookie_t shape;
-};
-
-Description ask(Connection& connection, WindowId id) {
-  // Selected first: what changes after this request comes as an event.
-  select(connection, id, XCB_EVENT_MASK_PROPERTY_CHANGE);
-  if (connection.extensions().shape.present) xcb_shape_select_input(connection.raw(), id, 1);
-  Description description{id, xcb_get_window_attributes(connection.raw(), id),
-                          xcb_get_geometry(connection.raw(), id), {}};
-  if (connection.extensions().shape.present) description.shape = xcb_shape_query_extents(connection.raw(), id);
-  return description;
-}
-
-// None when the window is already gone.
-std::optional<StackedWindow> answer(Connection& connection, const VisualFormats& formats, Description asked) {
-  const auto attributes = connection.reply(xcb_get_window_attributes_reply, asked.attributes);
-  const auto geometry = connection.reply(xcb_get_geometry_reply, asked.geometry);
-  const bool hasShape = connection.extensions().shape.present;
-  const auto shape = hasShape ? connection.reply(xcb_shape_query_extents_reply, asked.shape)
-                              : Result<x11::Owned<xcb_shape_query_extents_reply_t>>();
-  if (!attributes || !geometry) return std::nullopt;
-  StackedWindow window;
-  window.id = asked.id;
-  window.border = (*geometry)->border_width;
-  window.bounds =
-      outerRect((*geometry)->x, (*geometry)->y, (*geometry)->width, (*geometry)->height, window.border);
-  window.visual = (*attributes)->visual;
-  window.viewable = (*attributes)->map_state == XCB_MAP_STATE_VIEWABLE;
-  const VisualFormat* format = formats.find(window.visual);
-  window.drawable = (*attributes)->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT && format;
-  window.alpha = format && format->alpha;
-  window.shaped = shape && *shape && (*shape)->bounding_shaped != 0;
-  return window;
 }
 
 }  // namespace
@@ -88,6 +40,8 @@ StackWatcher::StackWatcher(Connection& connection, const VisualFormats& formats)
 }
 
 bool StackWatcher::take(const xcb_generic_event_t& event) {
+  // What programs tell each other about windows need not be what the server did.
+  if ((event.response_type & sentByProgram) != 0) return false;
   const unsigned before = stack_.revision();
   switch (x11::eventType(event)) {
     case XCB_CREATE_NOTIFY:
@@ -96,9 +50,12 @@ bool StackWatcher::take(const xcb_generic_event_t& event) {
     case XCB_DESTROY_NOTIFY:
       stack_.destroyed(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
       break;
-    case XCB_MAP_NOTIFY:
-      stack_.mapped(reinterpret_cast<const xcb_map_notify_event_t&>(event).window);
+    case XCB_MAP_NOTIFY: {
+      const auto& map = reinterpret_cast<const xcb_map_notify_event_t&>(event);
+      // Clients tell of themselves too.
+      if (map.event == connection_.root()) stack_.mapped(map.window);
       break;
+    }
     case XCB_UNMAP_NOTIFY:
       stack_.unmapped(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
       break;
@@ -122,9 +79,15 @@ bool StackWatcher::take(const xcb_generic_event_t& event) {
 
 bool StackWatcher::takeConfigure(const xcb_configure_notify_event_t& event) {
   if (event.window == connection_.root()) return true;
+  const StackedWindow* window = stack_.findByClient(event.window);
+  if (!window) return false;
+  const DeviceRect bounds = outerRect(event.x, event.y, event.width, event.height, event.border_width);
+  // A frame and its client change one after the other, in any order.
+  const bool resized = bounds.width != window->bounds.width || bounds.height != window->bounds.height;
+  if (window->client != 0 && (resized || window->id != event.window)) appearanceOutdated_.insert(window->id);
+  if (window->id != event.window) return true;
   const unsigned before = stack_.revision();
-  stack_.configured(event.window, outerRect(event.x, event.y, event.width, event.height, event.border_width),
-                    event.border_width, event.above_sibling);
+  stack_.configured(event.window, bounds, event.border_width, event.above_sibling);
   return stack_.revision() != before;
 }
 
@@ -146,8 +109,11 @@ void StackWatcher::takeProperty(const xcb_property_notify_event_t& event) {
                     is(Atom::netCurrentDesktop);
     return;
   }
-  if (!is(Atom::netWmState) && !is(Atom::netWmDesktop) && !is(Atom::netWmWindowOpacity)) return;
-  if (const StackedWindow* window = stack_.findByClient(event.window)) propertiesOutdated_.insert(window->id);
+  const StackedWindow* window = stack_.findByClient(event.window);
+  if (!window) return;
+  const bool decides = is(Atom::netWmState) || is(Atom::netWmDesktop) || is(Atom::netWmWindowOpacity) ||
+                       is(Atom::netFrameExtents) || (window->unmanaged && event.atom == XCB_ATOM_WM_NAME);
+  if (decides) appearanceOutdated_.insert(window->id);
 }
 
 bool StackWatcher::takeExtensionEvent(const xcb_generic_event_t& event) {
@@ -166,7 +132,7 @@ bool StackWatcher::takeExtensionEvent(const xcb_generic_event_t& event) {
 }
 
 bool StackWatcher::isOutdated() const {
-  return stack_.needsQuery() || rootOutdated_ || compositorOutdated_ || !propertiesOutdated_.empty() ||
+  return stack_.needsQuery() || rootOutdated_ || compositorOutdated_ || !appearanceOutdated_.empty() ||
          !reparented_.empty();
 }
 
@@ -175,7 +141,7 @@ void StackWatcher::refresh() {
   if (std::exchange(rootOutdated_, false)) readRoot();
   if (stack_.needsQuery()) readStack();
   for (const Reparented& found : std::exchange(reparented_, {})) climb(found);
-  readProperties();
+  readAppearances();
 }
 
 void StackWatcher::readStack() {
@@ -184,49 +150,24 @@ void StackWatcher::readStack() {
 }
 
 void StackWatcher::describe(const std::vector<WindowId>& ids) {
-  std::vector<Description> asked;
-  asked.reserve(ids.size());
-  for (const WindowId id : ids) asked.push_back(ask(connection_, id));
+  std::set<WindowId> gone(ids.begin(), ids.end());
   std::vector<WindowId> there;
-  for (const Description& description : asked) {
-    const auto window = answer(connection_, formats_, description);
-    if (!window) {
-      stack_.forget(description.id);
-      continue;
-    }
-    stack_.describe(*window);
-    there.push_back(window->id);
-    propertiesOutdated_.insert(window->id);
+  for (StackedWindow& window : askWindows(connection_, formats_, ids)) {
+    gone.erase(window.id);
+    there.push_back(window.id);
+    if (window.drawable && !formats_.find(window.visual)) leaveOut(window);
+    stack_.describe(window);
+    appearanceOutdated_.insert(window.id);
   }
-  findClients(there);
+  for (const WindowId id : gone) stack_.forget(id);
+  for (const FramedClient& found : askClients(connection_, there)) setClient(found.frame, found.client);
 }
 
-// Programs' windows carry WM_STATE. Frames that a manager makes later tell their client by its reparenting;
-// this finds those that were there before us. Level by level, each level in one round trip.
-void StackWatcher::findClients(const std::vector<WindowId>& frames) {
-  struct Candidate {
-    WindowId frame;
-    WindowId window;
-  };
-  std::vector<Candidate> level;
-  for (const WindowId frame : frames) level.push_back({frame, frame});
-  for (int depth = 0; depth <= deepestClient && !level.empty(); ++depth) {
-    std::vector<std::pair<xcb_get_property_cookie_t, xcb_query_tree_cookie_t>> cookies;
-    cookies.reserve(level.size());
-    for (const Candidate& candidate : level) {
-      cookies.emplace_back(x11::askProperty(connection_, candidate.window, connection_.atom(Atom::wmState)),
-                           xcb_query_tree(connection_.raw(), candidate.window));
-    }
-    std::vector<Candidate> below;
-    for (std::size_t i = 0; i < level.size(); ++i) {
-      const bool isClient = x11::propertyNumber(connection_, cookies[i].first).has_value();
-      const auto children = childrenOf(connection_, cookies[i].second);
-      if (isClient && depth > 0) setClient(level[i].frame, level[i].window);
-      if (isClient || depth == deepestClient || children.size() > mostSiblings) continue;
-      for (const WindowId child : children) below.push_back({level[i].frame, child});
-    }
-    level = std::move(below);
-  }
+void StackWatcher::leaveOut(StackedWindow& window) {
+  window.drawable = false;
+  if (!undecodable_.insert(window.visual).second) return;
+  log::Logger("x11").error("windows of visual " + std::to_string(window.visual) +
+                           " are not captured: the X server can't convert their pixels");
 }
 
 // From the new parent of a window up to the child of the root window that holds it.
@@ -243,35 +184,17 @@ void StackWatcher::climb(Reparented found) {
 
 void StackWatcher::setClient(WindowId frame, WindowId client) {
   stack_.clientFound(frame, client);
-  select(connection_, client, XCB_EVENT_MASK_PROPERTY_CHANGE);
-  propertiesOutdated_.insert(frame);
+  watchClient(connection_, client);
+  appearanceOutdated_.insert(frame);
 }
 
-void StackWatcher::readProperties() {
-  struct Asked {
-    WindowId id;
-    xcb_get_property_cookie_t state, desktop, opacity, clientOpacity;
-  };
-  std::vector<Asked> all;
-  for (const WindowId id : std::exchange(propertiesOutdated_, {})) {
-    const StackedWindow* window = stack_.find(id);
-    if (!window) continue;
-    const WindowId client = window->client != 0 ? window->client : id;
-    const auto askOf = [this](WindowId owner, Atom name) {
-      return x11::askProperty(connection_, owner, connection_.atom(name));
-    };
-    all.push_back({id, askOf(client, Atom::netWmState), askOf(client, Atom::netWmDesktop),
-                   askOf(id, Atom::netWmWindowOpacity), askOf(client, Atom::netWmWindowOpacity)});
+void StackWatcher::readAppearances() {
+  std::vector<FramedClient> windows;
+  for (const WindowId id : std::exchange(appearanceOutdated_, {})) {
+    if (const StackedWindow* window = stack_.find(id)) windows.push_back({id, window->client});
   }
-  const xcb_atom_t hidden = connection_.atom(Atom::netWmStateHidden);
-  for (const Asked& asked : all) {
-    const auto states = x11::propertyNumbers(connection_, asked.state);
-    const bool minimised = std::find(states.begin(), states.end(), hidden) != states.end();
-    const auto desktop = x11::propertyNumber(connection_, asked.desktop);
-    const auto ownOpacity = x11::propertyNumber(connection_, asked.opacity);
-    const auto clientOpacity = x11::propertyNumber(connection_, asked.clientOpacity);
-    stack_.shownAs(asked.id, minimised, desktop, ownOpacity.value_or(clientOpacity.value_or(fullyOpaque)));
-  }
+  const std::vector<Appearance> appearances = askAppearances(connection_, windows);
+  for (std::size_t i = 0; i < windows.size(); ++i) stack_.shownAs(windows[i].frame, appearances[i]);
 }
 
 void StackWatcher::readRoot() {

@@ -44,10 +44,10 @@ class StackWatcher {
 
   void readStack();
   void describe(const std::vector<WindowId>& ids);
-  void findClients(const std::vector<WindowId>& frames);
+  void leaveOut(StackedWindow& window);
   void climb(Reparented found);
   void setClient(WindowId frame, WindowId client);
-  void readProperties();
+  void readAppearances();
   void readRoot();
   void readCompositor();
 
@@ -58,8 +58,9 @@ class StackWatcher {
   bool composited_ = false;
   bool rootOutdated_ = true;
   bool compositorOutdated_ = true;
-  std::set<WindowId> propertiesOutdated_;
+  std::set<WindowId> appearanceOutdated_;
   std::vector<Reparented> reparented_;
+  std::set<std::uint32_t> undecodable_;  // visuals that the log has
 };
 
 }  // namespace velicor::screencapture

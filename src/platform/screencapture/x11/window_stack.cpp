@@ -71,11 +71,12 @@ void WindowStack::configured(WindowId id, const DeviceRect& bounds, int border, 
 
 void WindowStack::leftRoot(WindowId id) { forget(id); }
 
-void WindowStack::shapeChanged(WindowId id, bool shaped) {
-  StackedWindow* window = known(id);
-  if (!window) return;
-  window->shaped = shaped;
-  window->shapeGeneration = ++generations_;
+void WindowStack::shapeChanged(WindowId idOrClient, bool shaped) {
+  const StackedWindow* found = findByClient(idOrClient);
+  if (!found) return;
+  StackedWindow& window = *known(found->id);
+  (window.id == idOrClient ? window.shaped : window.shown.clientShaped) = shaped;
+  window.shapeGeneration = ++generations_;
   ++revision_;
 }
 
@@ -88,13 +89,10 @@ void WindowStack::clientFound(WindowId frame, WindowId client) {
   }
 }
 
-void WindowStack::shownAs(WindowId id, bool minimised, std::optional<std::uint32_t> desktop,
-                          std::uint32_t opacity) {
+void WindowStack::shownAs(WindowId id, const Appearance& appearance) {
   StackedWindow* window = known(id);
   if (!window) return;
-  window->minimised = minimised;
-  window->desktop = desktop;
-  window->opacity = opacity;
+  window->shown = appearance;
   ++revision_;
 }
 
@@ -129,10 +127,24 @@ std::vector<const StackedWindow*> WindowStack::bottomToTop() const {
   return all;
 }
 
+std::vector<const StackedWindow*> WindowStack::visibleBottomToTop() const {
+  std::vector<const StackedWindow*> visible;
+  for (const StackedWindow* window : bottomToTop()) {
+    if (!window->viewable) continue;
+    if (window->unmanaged && window->shown.guard) {
+      visible.clear();
+    } else if (!isHidden(*window)) {
+      visible.push_back(window);
+    }
+  }
+  return visible;
+}
+
 bool WindowStack::isHidden(const StackedWindow& window) const {
-  if (window.minimised) return true;
-  if (!window.desktop || !currentDesktop_ || *window.desktop == everyDesktop) return false;
-  return *window.desktop != *currentDesktop_;
+  if (window.shown.minimised) return true;
+  const std::optional<std::uint32_t> desktop = window.shown.desktop;
+  if (!desktop || !currentDesktop_ || *desktop == everyDesktop) return false;
+  return *desktop != *currentDesktop_;
 }
 
 StackedWindow* WindowStack::known(WindowId id) {

@@ -16,6 +16,19 @@ using WindowId = std::uint32_t;
 inline constexpr std::uint32_t fullyOpaque = 0xffffffff;
 inline constexpr std::uint32_t everyDesktop = 0xffffffff;
 
+// How a window is shown, as its manager and its program tell by properties.
+struct Appearance {
+  bool minimised = false;
+  std::optional<std::uint32_t> desktop = std::nullopt;  // the virtual one it is on, where a manager keeps any
+  std::uint32_t opacity = fullyOpaque;  // of the whole window
+  bool guard = false;  // named like a manager's guard: behind such a window others are kept mapped, not shown
+  // Of a frame, relative to the inner corner of its border. A manager that composes its frames itself may leave
+  // an invisible margin around them, and may leave it to itself to cut a shaped client out.
+  std::optional<DeviceRect> clientPlace = std::nullopt;  // the client inside
+  std::optional<DeviceRect> painted = std::nullopt;      // what the manager paints
+  bool clientShaped = false;  // the client is not the whole of its place
+};
+
 // One child of the root window.
 struct StackedWindow {
   WindowId id = 0;
@@ -27,11 +40,10 @@ struct StackedWindow {
   bool drawable = true;      // false: a window that only takes input
   bool alpha = false;        // its pixels carry alpha
   bool shaped = false;       // it is not the whole of its bounds
-  bool minimised = false;
-  std::optional<std::uint32_t> desktop;  // the virtual desktop it is on, where a manager keeps any
-  std::uint32_t opacity = fullyOpaque;   // of the whole window
-  unsigned pixmapGeneration = 0;         // changes when its contents move to another pixmap
-  unsigned shapeGeneration = 0;          // changes with its shape
+  bool unmanaged = false;    // window managers leave it alone
+  Appearance shown;
+  unsigned pixmapGeneration = 0;  // changes when its contents move to another pixmap
+  unsigned shapeGeneration = 0;   // changes with its shape, and with its client's
 };
 
 // All children of the root window, bottom to top. Events may come late or twice, for windows already gone or
@@ -55,9 +67,9 @@ class WindowStack {
   void circulated() { askAgain(); }
   void enteredRoot() { askAgain(); }
   void leftRoot(WindowId id);
-  void shapeChanged(WindowId id, bool shaped);
+  void shapeChanged(WindowId idOrClient, bool shaped);
   void clientFound(WindowId frame, WindowId client);
-  void shownAs(WindowId id, bool minimised, std::optional<std::uint32_t> desktop, std::uint32_t opacity);
+  void shownAs(WindowId id, const Appearance& appearance);
   void currentDesktopIs(std::optional<std::uint32_t> desktop);
 
   // The contents of all windows have moved, or may have.
@@ -71,8 +83,9 @@ class WindowStack {
   // Known windows, bottom to top.
   std::vector<const StackedWindow*> bottomToTop() const;
 
-  // Whether a window manager keeps it mapped without showing it.
-  bool isHidden(const StackedWindow& window) const;
+  // Those of them that can be seen where no other window is in front: mapped, and not kept back by a window
+  // manager that leaves them mapped all the same.
+  std::vector<const StackedWindow*> visibleBottomToTop() const;
 
   // Changes with everything that can change what is seen.
   unsigned revision() const { return revision_; }
@@ -80,6 +93,7 @@ class WindowStack {
  private:
   StackedWindow* known(WindowId id);
   WindowId neighbourBelow(WindowId id) const;
+  bool isHidden(const StackedWindow& window) const;
   void askAgain();
 
   std::vector<WindowId> order_;
