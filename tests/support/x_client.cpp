@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -122,10 +123,23 @@ xcb_window_t XClient::showColour(const DeviceRect& place, std::uint32_t colour) 
   return window;
 }
 
+// As the root window's depth wants it: eight bits a channel, or ten.
+std::uint32_t XClient::pixelOf(std::uint32_t colour) const {
+  constexpr std::uint8_t tenBitDepth = 30;
+  if (screen_->root_depth != tenBitDepth) return colour;
+  const auto wide = [colour](int shift) {
+    const std::uint32_t value = colour >> shift & 0xff;
+    return value << 2 | value >> 6;
+  };
+  return wide(16) << 20 | wide(8) << 10 | wide(0);
+}
+
 xcb_pixmap_t XClient::patternPixmap(Pattern pattern) {
   std::vector<std::uint32_t> pixels(static_cast<std::size_t>(tile) * tile);
   for (int y = 0; y < tile; ++y) {
-    for (int x = 0; x < tile; ++x) pixels[static_cast<std::size_t>(y) * tile + static_cast<std::size_t>(x)] = pattern.at(x, y);
+    for (int x = 0; x < tile; ++x) {
+      pixels[static_cast<std::size_t>(y) * tile + static_cast<std::size_t>(x)] = pixelOf(pattern.at(x, y));
+    }
   }
   const xcb_pixmap_t pixmap = xcb_generate_id(connection_);
   const xcb_gcontext_t gc = xcb_generate_id(connection_);
@@ -193,15 +207,69 @@ void XClient::resize(xcb_window_t window, int width, int height) {
   sync();
 }
 
-void XClient::raise(xcb_window_t window) {
-  const std::uint32_t above = XCB_STACK_MODE_ABOVE;
-  xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+void XClient::raise(xcb_window_t window) { stack(window, XCB_STACK_MODE_ABOVE); }
+
+void XClient::lower(xcb_window_t window) { stack(window, XCB_STACK_MODE_BELOW); }
+
+void XClient::stack(xcb_window_t window, std::uint32_t mode) {
+  xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_STACK_MODE, &mode);
   sync();
 }
 
 void XClient::setNumber(xcb_window_t window, std::string_view property, std::uint32_t value) {
-  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_CARDINAL, 32, 1, &value);
+  setNumbers(window, property, {value});
+}
+
+void XClient::setNumbers(xcb_window_t window, std::string_view property, const std::vector<std::uint32_t>& values) {
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_CARDINAL, 32,
+                      static_cast<std::uint32_t>(values.size()), values.data());
   sync();
+}
+
+void XClient::setTitle(xcb_window_t window, std::string_view title) {
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
+                      static_cast<std::uint32_t>(title.size()), title.data());
+  sync();
+}
+
+void XClient::clear(xcb_window_t window, std::string_view property) {
+  xcb_delete_property(connection_, window, atom(property));
+  sync();
+}
+
+xcb_window_t XClient::frame(xcb_window_t client, const DeviceRect& place, DevicePoint corner, std::uint32_t colour) {
+  const xcb_window_t frame = makeWindow(place);
+  setColour(frame, colour);
+  xcb_reparent_window(connection_, client, frame, static_cast<std::int16_t>(corner.x),
+                      static_cast<std::int16_t>(corner.y));
+  setNumbers(client, "WM_STATE", {1, XCB_NONE});
+  map(client);
+  map(frame);
+  return frame;
+}
+
+void XClient::takeSelection(std::string_view selection) {
+  xcb_set_selection_owner(connection_, makeWindow({0, 0, 1, 1}), atom(selection), XCB_CURRENT_TIME);
+  sync();
+}
+
+void XClient::releaseSelection(std::string_view selection) {
+  xcb_set_selection_owner(connection_, XCB_NONE, atom(selection), XCB_CURRENT_TIME);
+  sync();
+}
+
+std::vector<std::uint32_t> XClient::screenImage(const DeviceRect& rect) const {
+  const Freed<xcb_get_image_reply_t> reply{xcb_get_image_reply(
+      connection_,
+      xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, screen_->root, static_cast<std::int16_t>(rect.x),
+                    static_cast<std::int16_t>(rect.y), static_cast<std::uint16_t>(rect.width),
+                    static_cast<std::uint16_t>(rect.height), ~0U),
+      nullptr)};
+  if (!reply) return {};
+  std::vector<std::uint32_t> pixels(static_cast<std::size_t>(rect.width) * static_cast<std::size_t>(rect.height));
+  std::memcpy(pixels.data(), xcb_get_image_data(reply.value), pixels.size() * 4);
+  for (std::uint32_t& pixel : pixels) pixel &= 0xffffff;
+  return pixels;
 }
 
 void XClient::shape(xcb_window_t window, const DeviceRect& only) {

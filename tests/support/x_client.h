@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <xcb/xcb.h>
 
@@ -60,8 +61,24 @@ class XClient {
   void move(xcb_window_t window, int x, int y);
   void resize(xcb_window_t window, int width, int height);
   void raise(xcb_window_t window);
+  void lower(xcb_window_t window);
   void setNumber(xcb_window_t window, std::string_view property, std::uint32_t value);
+  void setNumbers(xcb_window_t window, std::string_view property, const std::vector<std::uint32_t>& values);
+  void setTitle(xcb_window_t window, std::string_view title);
+  void clear(xcb_window_t window, std::string_view property);
   void shape(xcb_window_t window, const DeviceRect& only);
+
+  // Does what a window manager does: puts the client, at a corner, into a mapped frame of one colour, and says
+  // that it is a client.
+  xcb_window_t frame(xcb_window_t client, const DeviceRect& place, DevicePoint corner, std::uint32_t colour);
+
+  // Becomes what programs take for the compositing manager, without composing anything; until the client goes
+  // or releases it.
+  void takeSelection(std::string_view selection);
+  void releaseSelection(std::string_view selection);
+
+  // What the screen shows; 0xRRGGBB, row by row.
+  std::vector<std::uint32_t> screenImage(const DeviceRect& rect) const;
 
   // Where the window's inner corner is on the root window.
   DevicePoint origin(xcb_window_t window);
@@ -94,6 +111,8 @@ class XClient {
  private:
   std::uint32_t alphaVisual();
   xcb_pixmap_t patternPixmap(Pattern pattern);
+  std::uint32_t pixelOf(std::uint32_t colour) const;
+  void stack(xcb_window_t window, std::uint32_t mode);
 
   xcb_connection_t* connection_;
   xcb_screen_t* screen_;

@@ -52,8 +52,11 @@ Program::Program(const std::vector<std::string>& arguments, const std::string& d
   // What servers and managers have to say about fonts and keyboards is not what a test is about.
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-  const int result = posix_spawnp(&process_, arguments.front().c_str(), &actions, nullptr,
-                                  pointers(arguments).data(), pointers(environment).data());
+  // A test that crashes takes its servers and managers along.
+  std::vector<std::string> command{"setpriv", "--pdeathsig", "KILL", "--"};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  const int result = posix_spawnp(&process_, command.front().c_str(), &actions, nullptr, pointers(command).data(),
+                                  pointers(environment).data());
   posix_spawn_file_actions_destroy(&actions);
   if (result != 0) throw std::runtime_error("can't start " + arguments.front());
 }
@@ -65,6 +68,8 @@ void Program::terminate() { end(SIGTERM); }
 void Program::kill() { end(SIGKILL); }
 
 void Program::freeze() { ::kill(process_, SIGSTOP); }
+
+void Program::resume() { ::kill(process_, SIGCONT); }
 
 void Program::end(int signal) {
   if (process_ < 0) return;
@@ -121,6 +126,12 @@ Painter::Painter(const XServer& server, const DeviceRect& place, int seed)
   if (!client.waitForProperty("VELICOR_PAINTER_" + std::to_string(seed))) {
     throw std::runtime_error("the painter did not start");
   }
+}
+
+Churner::Churner(const XServer& server, int seed, bool managed)
+    : Program({VELICOR_CHURNER, std::to_string(seed), managed ? "managed" : "unmanaged"}, server.name()) {
+  const XClient client(server.name());
+  if (!client.waitForProperty("VELICOR_CHURNER")) throw std::runtime_error("the churner did not start");
 }
 
 CompositingManager::CompositingManager(const XServer& server)

@@ -9,7 +9,8 @@
 
 namespace velicor::test {
 
-// A program that runs on a display until it is ended, at the latest with this object.
+// A program that runs on a display until it is ended, at the latest with this object, or when the thread that
+// started it ends in whatever way.
 class Program {
  public:
   explicit Program(const std::vector<std::string>& arguments, const std::string& display = {});
@@ -25,6 +26,7 @@ class Program {
 
   // Holds it where it is, so that it neither draws nor answers.
   void freeze();
+  void resume();
 
   pid_t processID() const { return process_; }
 
@@ -70,6 +72,13 @@ class WindowManager : public Program {
 class Painter : public Program {
  public:
   Painter(const XServer& server, const DeviceRect& place, int seed);
+};
+
+// Another process that makes windows, changes them in every way there is and destroys them, 200 times a second,
+// within the top left 700 x 500 pixels. Managed: with the window manager's help where it likes.
+class Churner : public Program {
+ public:
+  Churner(const XServer& server, int seed, bool managed);
 };
 
 class CompositingManager : public Program {

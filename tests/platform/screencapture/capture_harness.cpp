@@ -165,6 +165,24 @@ std::shared_ptr<Stream> Bench::start(const DeviceRect& rect, int rate, bool excl
   return stream;
 }
 
+Frame Bench::freshFrame(const DeviceRect& rect) {
+  auto fresh = makeX11Service(server.name(), own);
+  if (!fresh) throw std::runtime_error(fresh.error().description);
+  const auto taker = std::make_shared<Receiver>();
+  const auto stream = (*fresh)->makeStream(filter(true), configuration(rect, 60), taker);
+  EXPECT_TRUE(stream->addStreamOutput(taker, OutputType::screen, queue));
+  EXPECT_TRUE(await(stream->startCapture()));
+  const auto frames = taker->framesFrom(0, 1);
+  EXPECT_TRUE(await(stream->stopCapture()));
+  return frames.empty() ? Frame{} : frames.front();
+}
+
+bool Bench::shows(const Picture& picture, DevicePoint corner, const std::function<void()>& change) {
+  const std::size_t before = receiver->waitForQuiet(std::chrono::milliseconds(120));
+  change();
+  return receiver->waitForFrame(before - std::min<std::size_t>(before, 1), [&](const Frame& frame) { return frame.wrongPixels(picture, corner) == 0; });
+}
+
 xcb_window_t coverWithOurs(Bench& bench, const DeviceRect& place) { return bench.ours.showColour(place, magenta); }
 
 Picture patternAt(const DeviceRect& window, Pattern pattern, Picture beneath) {

@@ -87,6 +87,12 @@ class Bench {
   ContentFilter filter(bool excludingOurs);
   Display display();
 
+  // What a service that knows nothing of the past shows first, ours left out.
+  Frame freshFrame(const DeviceRect& rect);
+
+  // Whether, once the change is made, a frame comes that shows the picture. It may be there before.
+  bool shows(const Picture& picture, DevicePoint corner, const std::function<void()>& change);
+
   static StreamConfiguration configuration(const DeviceRect& rect, int rate = 30);
 
   template <typename T>

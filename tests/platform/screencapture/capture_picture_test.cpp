@@ -220,6 +220,28 @@ TEST(CaptureStream, WorksWithoutSharedMemory) {
   EXPECT_EQ(frames.front().wrongPixels(patternAt(place, {2}, plain(0)), {50, 50}), 0);
 }
 
+// Ten bits a channel come out as the same eight.
+TEST(CaptureStream, DecodesAThirtyBitScreen) {
+  Bench bench("640x480x30");
+  const DeviceRect place{10, 10, 300, 300};
+  bench.other.setBackdrop({1});
+  bench.other.showPattern(place, {2});
+  coverWithOurs(bench, {100, 100, 40, 40});
+  const auto channel = [](std::uint32_t pixel, int shift) { return static_cast<int>(pixel >> shift & 0xff); };
+  const Picture expected = patternAt(place, {2}, patternAt({0, 0, 640, 480}, {1}, plain(0)));
+  for (const DeviceRect& region : {DeviceRect{50, 50, 100, 80}, DeviceRect{200, 200, 200, 200}}) {
+    const Frame frame = bench.freshFrame(region);
+    int wrong = 0;
+    for (std::size_t i = 0; i < frame.pixels.size(); ++i) {
+      const auto at = static_cast<int>(i);
+      const std::uint32_t wanted = expected(region.x + at % frame.width, region.y + at / frame.width);
+      for (const int shift : {0, 8, 16}) wrong += std::abs(channel(frame.pixels[i], shift) - channel(wanted, shift)) > 1;
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_FALSE(frame.pixels.empty());
+  }
+}
+
 // Other pixel layouts are converted by the server.
 TEST(CaptureStream, DecodesASixteenBitScreen) {
   Bench bench("640x480x16");

@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include "capture_harness.h"
+#include "platform/screencapture/x11/stack_watcher.h"
+#include "support/log_recorder.h"
+
+// What managers decide about windows by properties: whether they show, how strongly, and how much of a frame.
+namespace velicor::screencapture::test {
+namespace {
+
+constexpr auto compositor = "_NET_WM_CM_S0";
+constexpr std::uint32_t frameColour = 0xffffff;  // in no pattern
+
+class CaptureUnderManagers : public testing::Test {
+ protected:
+  CaptureUnderManagers() { bench_.other.setBackdrop({1}); }
+
+  static Picture within(const DeviceRect& part, Picture inside, Picture outside) {
+    return [=](int x, int y) { return part.contains(DevicePoint{x, y}) ? inside(x, y) : outside(x, y); };
+  }
+
+  Bench bench_;
+  const DeviceRect region_{80, 80, 260, 220};
+  const DevicePoint corner_{80, 80};
+  const Picture backdrop_ = patternAt({0, 0, 1280, 800}, {1}, plain(0));
+};
+
+TEST_F(CaptureUnderManagers, ShowsWhatIsPaintedOfAComposedFrame) {
+  XClient& other = bench_.other;
+  // The frame has an unpainted margin of 10 pixels around a border of 10 and a title of 20.
+  const DeviceRect frameRect{100, 100, 200, 160};
+  const DeviceRect clientRect{120, 130, 160, 110};
+  const DeviceRect painted{110, 110, 180, 140};
+  const xcb_window_t client = other.makeWindow({0, 0, clientRect.width, clientRect.height});
+  other.setPattern(client, {2});
+  const xcb_window_t frame = other.frame(client, frameRect, {20, 30}, frameColour);
+  other.setNumbers(client, "_NET_FRAME_EXTENTS", {10, 10, 20, 10});
+  const Picture content = patternAt(clientRect, {2}, plain(frameColour));
+
+  const auto stream = bench_.start(region_);
+  EXPECT_TRUE(bench_.shows(within(frameRect, content, backdrop_), corner_, [] {})) << "as the server shows it";
+  EXPECT_TRUE(bench_.shows(within(painted, content, backdrop_), corner_, [&] { other.takeSelection(compositor); }));
+
+  const DeviceRect hole{150, 150, 60, 50};
+  const Picture rim = within(clientRect, backdrop_, plain(frameColour));
+  EXPECT_TRUE(bench_.shows(within(hole, content, within(painted, rim, backdrop_)), corner_,
+                           [&] { other.shape(client, hole.translatedBy(-clientRect.x, -clientRect.y)); }));
+
+  other.move(frame, frameRect.x + 15, frameRect.y + 25);
+  other.resize(frame, frameRect.width, frameRect.height - 20);
+  other.resize(client, clientRect.width, clientRect.height - 20);
+  other.move(client, 20, 40);
+  other.setNumbers(client, "_NET_FRAME_EXTENTS", {10, 10, 30, 0});
+  const DeviceRect clientThen{135, 165, 160, 90};
+  const DeviceRect paintedThen{125, 135, 180, 120};
+  const DeviceRect holeThen = hole.translatedBy(15, 35);
+  const Picture contentThen = patternAt(clientThen, {2}, plain(frameColour));
+  const Picture rimThen = within(clientThen, backdrop_, plain(frameColour));
+  EXPECT_TRUE(bench_.shows(within(holeThen, contentThen, within(paintedThen, rimThen, backdrop_)), corner_, [] {}));
+  EXPECT_EQ(bench_.freshFrame(region_), bench_.receiver->frames().back());
+}
+
+TEST_F(CaptureUnderManagers, LeavesOutWhatIsKeptBack) {
+  XClient& other = bench_.other;
+  const DeviceRect place{120, 120, 100, 100};
+  const xcb_window_t window = other.showPattern(place, {2});
+  const Picture shown = patternAt(place, {2}, backdrop_);
+  const auto stream = bench_.start(region_);
+  const auto becomes = [&](const Picture& picture, const std::function<void()>& change) {
+    return bench_.shows(picture, corner_, change);
+  };
+  EXPECT_TRUE(becomes(backdrop_, [&] { other.setNumber(window, "_NET_WM_STATE", other.atom("_NET_WM_STATE_HIDDEN")); }));
+  EXPECT_TRUE(becomes(shown, [&] { other.clear(window, "_NET_WM_STATE"); }));
+  other.setNumber(other.root(), "_NET_CURRENT_DESKTOP", 0);
+  EXPECT_TRUE(becomes(backdrop_, [&] { other.setNumber(window, "_NET_WM_DESKTOP", 1); }));
+  EXPECT_TRUE(becomes(shown, [&] { other.setNumber(other.root(), "_NET_CURRENT_DESKTOP", 1); }));
+  EXPECT_TRUE(becomes(backdrop_, [&] { other.setNumber(other.root(), "_NET_CURRENT_DESKTOP", 0); }));
+  EXPECT_TRUE(becomes(shown, [&] { other.setNumber(window, "_NET_WM_DESKTOP", everyDesktop); }));
+
+  const xcb_window_t guard = other.makeWindow({0, 0, 1280, 800});
+  other.setTitle(guard, "some guard window");
+  EXPECT_TRUE(becomes(backdrop_, [&] { other.map(guard); }));
+  EXPECT_TRUE(becomes(shown, [&] { other.lower(guard); }));
+}
+
+TEST_F(CaptureUnderManagers, BlendsByTheOpacityThatManagersKeep) {
+  XClient& other = bench_.other;
+  const DeviceRect place{0, 0, 600, 600};
+  const xcb_window_t window = other.showPattern(place, {2});
+  const auto stream = bench_.start(region_);
+  bench_.receiver->waitForQuiet();
+  other.setNumber(window, "_NET_WM_WINDOW_OPACITY", 0x40000000);
+  bench_.receiver->waitForQuiet();
+  EXPECT_EQ(bench_.receiver->frames().back().wrongPixels(patternAt(place, {2}, plain(0)), corner_), 0);
+
+  const auto blended = [&](const Frame& frame) {
+    for (std::size_t i = 0; i < frame.pixels.size(); ++i) {
+      const int x = corner_.x + static_cast<int>(i) % frame.width;
+      const int y = corner_.y + static_cast<int>(i) / frame.width;
+      for (const int shift : {0, 8, 16}) {
+        const auto channel = [shift](std::uint32_t pixel) { return static_cast<int>(pixel >> shift & 0xff); };
+        const int wanted = (channel(Pattern{2}.at(x, y)) + 3 * channel(backdrop_(x, y)) + 2) / 4;
+        if (std::abs(channel(frame.pixels[i]) - wanted) > 2) return false;
+      }
+    }
+    return true;
+  };
+  other.takeSelection(compositor);
+  EXPECT_TRUE(bench_.receiver->waitForFrame(0, blended));
+  const std::size_t before = bench_.receiver->complete();
+  other.releaseSelection(compositor);
+  EXPECT_TRUE(bench_.receiver->waitForFrame(before, [&](const Frame& frame) {
+    return frame.wrongPixels(patternAt(place, {2}, plain(0)), corner_) == 0;
+  }));
+}
+
+TEST(StackWatcher, TellsOncePerVisualWhatItCanNotDecode) {
+  const XServer server;
+  XClient other(server.name());
+  const velicor::test::LogRecorder log;
+  x11::OwnClients own;
+  const auto connection = x11::Connection::open(server.name(), own);
+  const VisualFormats none;
+  StackWatcher watcher(**connection, none);
+  for (int i = 0; i < 2; ++i) {
+    other.showPattern({10, 10, 50, 50}, {i});
+    while (const auto event = (*connection)->nextEvent()) watcher.take(*event);
+    while (watcher.isOutdated()) watcher.refresh();
+  }
+  ASSERT_EQ(watcher.stack().bottomToTop().size(), 2u);
+  EXPECT_FALSE(watcher.stack().bottomToTop().back()->drawable);
+  EXPECT_EQ(log.lines(), std::vector{"x11 error: windows of visual " + std::to_string(other.screen().root_visual) +
+                                     " are not captured: the X server can't convert their pixels"});
+}
+
+}  // namespace
+}  // namespace velicor::screencapture::test
