@@ -19,8 +19,6 @@ QCursor toolkitCursor(Cursor cursor) {
     case Cursor::frameResizeTopRight:
     case Cursor::frameResizeBottomLeft:
       return Qt::SizeBDiagCursor;
-    case Cursor::crosshair:
-      return Qt::CrossCursor;
     case Cursor::arrow:
       break;
   }

@@ -14,8 +14,7 @@ enum class Cursor {
   frameResizeTopLeft,
   frameResizeTopRight,
   frameResizeBottomLeft,
-  frameResizeBottomRight,
-  crosshair
+  frameResizeBottomRight
 };
 
 // The toolkit's cursor, drawn by the user's cursor theme.
