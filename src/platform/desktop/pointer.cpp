@@ -10,6 +10,7 @@
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/toolkit_window.h"
 #include "platform/desktop/window_stack.h"
+#include "platform/log/log.h"
 
 namespace velicor::desktop {
 
@@ -32,7 +33,10 @@ void selectRawMotion(DisplayServer& server) {
 
 Pointer::Pointer(DisplayServer& server, const MonitorScreens& screens, const WindowStack& windows)
     : server_(server), screens_(screens), windows_(windows) {
-  if (!server_.connection().extensions().input.atLeast(2, 1)) return;
+  if (!server_.connection().extensions().input.atLeast(2, 1)) {
+    log::Logger("desktop").error("mouse motion goes unnoticed: the X server has no XInput 2.1");
+    return;
+  }
   selectRawMotion(server_);
   events_ = server_.event.subscribe([this](const ServerEvent& event) { handle(event); });
   due_.setSingleShot(true);
@@ -52,6 +56,7 @@ DesktopPoint Pointer::positionOf(const QMouseEvent& event) const {
 }
 
 Subscription Pointer::observeMotion(Over over, std::function<void()> handler) {
+  if (!events_.isActive()) return {};
   return (over == Over::ownWindows ? overOwn_ : overOthers_).subscribe(std::move(handler));
 }
 

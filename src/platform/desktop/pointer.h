@@ -30,7 +30,8 @@ class Pointer {
   enum class Over { otherWindows, ownWindows };
 
   // The handler is called when the mouse has moved without a button held down, at most 60 times a second,
-  // with a last call after the last motion. Never while the mouse stands still. Ends with the subscription.
+  // with a last call after the last motion. Never while the mouse stands still. Ends with the subscription,
+  // which is inactive from the start on a server without XInput 2.1 (the log has said so).
   [[nodiscard]] Subscription observeMotion(Over over, std::function<void()> handler);
 
  private:
