@@ -8,20 +8,13 @@
 
 #include "platform/desktop/display_server.h"
 #include "platform/desktop/struts.h"
+#include "platform/desktop/toolkit_window.h"
 #include "platform/x11/monitors.h"
 #include "platform/x11/properties.h"
 
 namespace velicor::desktop {
 
 namespace {
-
-// Where the toolkit's screen lies in device pixels: it keeps the top-left corner and scales the size.
-DeviceRect deviceRectOf(const QScreen& screen) {
-  const QRect logical = screen.geometry();
-  const double scale = screen.devicePixelRatio();
-  return {logical.x(), logical.y(), roundHalfAway(logical.width() * scale),
-          roundHalfAway(logical.height() * scale)};
-}
 
 // The toolkit knows outputs, the server monitors: usually of the same name, else told by their place.
 double toolkitScale(const x11::Monitor& monitor) {
@@ -30,9 +23,8 @@ double toolkitScale(const x11::Monitor& monitor) {
       all, [&](const QScreen* screen) { return screen->name().toStdString() == monitor.name; });
   if (named != all.end()) return (*named)->devicePixelRatio();
   const DevicePoint centre{monitor.rect.x + monitor.rect.width / 2, monitor.rect.y + monitor.rect.height / 2};
-  const auto around = std::ranges::find_if(
-      all, [&](const QScreen* screen) { return deviceRectOf(*screen).contains(centre); });
-  return around != all.end() ? (*around)->devicePixelRatio() : qGuiApp->devicePixelRatio();
+  const QScreen* around = toolkit::screenAt(centre);
+  return around ? around->devicePixelRatio() : qGuiApp->devicePixelRatio();
 }
 
 ScreenLayout layoutOf(const std::vector<x11::Monitor>& monitors) {
@@ -84,10 +76,6 @@ MonitorScreens::MonitorScreens(DisplayServer& server) : server_(server) {
 
 void MonitorScreens::handle(const ServerEvent& event) {
   if (x11::isMonitorChange(server_.connection(), event.raw)) return refreshSoon();
-  if (event.type() == XCB_CONFIGURE_NOTIFY) {
-    const auto& configure = event.as<xcb_configure_notify_event_t>();
-    if (configure.window == server_.root()) refreshSoon();
-  }
   if (event.type() == XCB_PROPERTY_NOTIFY) {
     const auto& property = event.as<xcb_property_notify_event_t>();
     const bool bars = property.atom == server_.atom(x11::Atom::netClientList) ||

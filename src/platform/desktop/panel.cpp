@@ -26,7 +26,7 @@ Qt::WindowFlags flagsOf(PanelKind kind) {
 // The toolkit's whole-point idea of a place; its screens keep their device origin and scale distances from
 // it.
 QRect toolkitRect(const DeviceRect& rect) {
-  const QScreen* screen = qGuiApp->screenAt(QPoint(rect.x, rect.y));
+  const QScreen* screen = toolkit::screenAt({rect.x, rect.y});
   if (!screen) screen = qGuiApp->primaryScreen();
   if (!screen) return {rect.x, rect.y, rect.width, rect.height};
   const double scale = screen->devicePixelRatio();
@@ -188,9 +188,10 @@ void Panel::makeKey() {
 
 void Panel::resignKey() {
   if (!std::exchange(key_, false) || kind_ != PanelKind::bypassing) return;
+  const WindowId before = std::exchange(keyBefore_, 0);
   // Whoever took the keyboard meanwhile keeps it.
   if (toolkit::focusedWindow() != toolkit::identifierOf(*carrier_)) return;
-  if (keyBefore_ != 0) toolkit::focus(keyBefore_);
+  toolkit::focusIfViewable(before);
 }
 
 void Panel::setCursor(Cursor cursor) {

@@ -80,7 +80,8 @@ class Panel {
   bool isKey() const { return key_; }
 
   // Takes the keyboard, where it can and the panel is visible. A bypassing panel remembers who had it, and
-  // gives it back when it resigns or is ordered out.
+  // gives it back when it resigns or is ordered out; to whatever the pointer is in where nobody had it or who
+  // had it can't have it any more.
   void makeKey();
   void resignKey();
 

@@ -1,5 +1,7 @@
 #include "platform/desktop/toolkit_window.h"
 
+#include <algorithm>
+
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 #include <QApplication>
@@ -20,6 +22,14 @@ constexpr const char* levelProperty = "velicorLevel";
 xcb_connection_t* connection() {
   const auto* native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
   return native ? native->connection() : nullptr;
+}
+
+// The toolkit's screens keep their top-left corner in device pixels and scale their size.
+DeviceRect deviceRectOf(const QScreen& screen) {
+  const QRect logical = screen.geometry();
+  const double scale = screen.devicePixelRatio();
+  return {logical.x(), logical.y(), roundHalfAway(logical.width() * scale),
+          roundHalfAway(logical.height() * scale)};
 }
 
 xcb_window_t root() { return xcb_setup_roots_iterator(xcb_get_setup(connection())).data->root; }
@@ -77,6 +87,13 @@ void setClickThrough(WindowId window, bool on) {
                                      XCB_PIXMAP_NONE));
 }
 
+QScreen* screenAt(DevicePoint pixel) {
+  const QList<QScreen*> all = QGuiApplication::screens();
+  const auto found = std::ranges::find_if(
+      all, [pixel](const QScreen* screen) { return deviceRectOf(*screen).contains(pixel); });
+  return found == all.end() ? nullptr : *found;
+}
+
 DevicePoint devicePoint(const QPointF& global) {
   const QScreen* screen = qGuiApp->screenAt(global.toPoint());
   if (!screen) screen = qGuiApp->primaryScreen();
@@ -95,6 +112,14 @@ WindowId focusedWindow() {
 void focus(WindowId window) {
   if (!connection()) return;
   forget(xcb_set_input_focus_checked(connection(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME));
+}
+
+void focusIfViewable(WindowId window) {
+  if (!connection()) return;
+  const auto attributes =
+      reply(xcb_get_window_attributes_reply, xcb_get_window_attributes(connection(), window));
+  const bool viewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+  focus(viewable ? window : WindowId{XCB_INPUT_FOCUS_POINTER_ROOT});
 }
 
 void removeShadow(WindowId window) {

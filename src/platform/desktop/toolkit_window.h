@@ -8,6 +8,7 @@
 #include "platform/desktop/stacking.h"
 
 class QPointF;
+class QScreen;
 class QWidget;
 
 // Requests about windows that the toolkit made. They go out on the toolkit's own connection, so that the
@@ -31,12 +32,19 @@ std::optional<DeviceRect> geometryOf(WindowId window);
 // window manager and the toolkit.
 void setClickThrough(WindowId window, bool on);
 
+// The toolkit's screen that shows this pixel, or none.
+QScreen* screenAt(DevicePoint pixel);
+
 // The pixel of the root window at a place on the toolkit's own desktop.
 DevicePoint devicePoint(const QPointF& global);
 
 // Which window has the keyboard. A round trip.
 WindowId focusedWindow();
 void focus(WindowId window);
+
+// To this window, or to whichever the pointer is in where it can't have it: it has gone, is not to be seen or
+// never was one. A round trip.
+void focusIfViewable(WindowId window);
 
 // Asks compositing managers to draw no shadow.
 void removeShadow(WindowId window);

@@ -4,7 +4,6 @@
 #include <cstdlib>
 
 #include <gtest/gtest.h>
-#include <xcb/randr.h>
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 #include <QWidget>
@@ -14,6 +13,7 @@
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/pointer.h"
 #include "platform/desktop/window_stack.h"
+#include "support/announce_monitors.h"
 #include "support/main_loop.h"
 #include "support/robot.h"
 #include "support/x11_main.h"
@@ -80,16 +80,6 @@ class PanelTest : public testing::Test {
       if (window.rect.contains(rect)) seen = true;
     }
     return false;
-  }
-
-  // Monitors without an output come silently; a change of the primary output makes the server speak.
-  void announceMonitors(bool primaryOutput) {
-    auto* resources = xcb_randr_get_screen_resources_reply(
-        client.raw(), xcb_randr_get_screen_resources(client.raw(), client.root()), nullptr);
-    const xcb_randr_output_t output = xcb_randr_get_screen_resources_outputs(resources)[0];
-    xcb_randr_set_output_primary(client.raw(), client.root(), primaryOutput ? output : XCB_NONE);
-    std::free(resources);
-    client.sync();
   }
 
   std::unique_ptr<Desktop> desktop = std::move(*Desktop::open());
@@ -163,6 +153,32 @@ TEST_F(PanelTest, takesTheKeyboardAndGivesItBack) {
   ASSERT_TRUE(waitUntil([&] { return focus() == idOf(panel); }));
   panel.orderOut();
   EXPECT_TRUE(waitUntil([&] { return focus() == other; }));
+}
+
+TEST_F(PanelTest, withNobodyToGiveItToTheKeyboardGoesWhereThePointerIs) {
+  const auto give = [&](xcb_window_t window) {
+    xcb_set_input_focus(client.raw(), XCB_INPUT_FOCUS_NONE, window, XCB_CURRENT_TIME);
+    client.sync();
+  };
+  KeyPanel panel(*desktop, PanelKind::bypassing, {600, 300, 100, 100});
+  panel.orderFront();
+  ASSERT_TRUE(shown(panel));
+  const auto takeIt = [&] {
+    panel.makeKey();
+    return waitUntil([&] { return focus() == idOf(panel); });
+  };
+  give(XCB_NONE);
+  ASSERT_TRUE(takeIt());
+  panel.resignKey();
+  EXPECT_TRUE(waitUntil([&] { return focus() == XCB_INPUT_FOCUS_POINTER_ROOT; }));
+
+  const xcb_window_t other = client.showColour({50, 50, 300, 200}, 0x00ff00);
+  give(other);
+  ASSERT_TRUE(takeIt());
+  client.unmap(other);
+  client.sync();
+  panel.orderOut();
+  EXPECT_TRUE(waitUntil([&] { return focus() == XCB_INPUT_FOCUS_POINTER_ROOT; }));
 }
 
 TEST_F(PanelTest, aPlainPanelNeverBecomesKey) {
@@ -301,7 +317,7 @@ TEST_F(PanelTest, followsMonitorsThatComeAndGo) {
   const Subscription watch = desktop->screens().changed.subscribe([&] { ++changes; });
   client.defineMonitor("left", {0, 0, 600, 900}, false);
   client.defineMonitor("right", {600, 0, 840, 900}, true);
-  announceMonitors(true);
+  test::announceMonitors(client, true);
   const auto frames = [&] {
     std::vector<DesktopRect> found;
     for (const Screen& screen : desktop->screens().screens())
@@ -316,7 +332,7 @@ TEST_F(PanelTest, followsMonitorsThatComeAndGo) {
   EXPECT_EQ(desktop->screens().mainScreen()->name, "right");
   client.deleteMonitor("left");
   client.deleteMonitor("right");
-  announceMonitors(false);
+  test::announceMonitors(client, false);
   EXPECT_TRUE(waitUntil([&] { return frames() == std::vector{DesktopRect{0, 0, 1440, 900}}; }));
   EXPECT_GE(changes, 2);
 }
