@@ -23,7 +23,7 @@ QImage imageOf(const gpu::Picture& picture) {
 }
 
 // The toolkit copies opaque pictures with their fourth byte, which in a captured frame means nothing.
-void makeOpaque(QPainter& painter, const QRect& rect) {
+void makeOpaque(QPainter& painter, const QRectF& rect) {
   painter.setCompositionMode(QPainter::CompositionMode_Plus);
   painter.fillRect(rect, Qt::black);
 }
@@ -80,9 +80,14 @@ void LiveTextureView::draw() {
   drawable_.reset();
 }
 
-gpu::Extent LiveTextureView::drawableSize() const {
+QRect LiveTextureView::pictureRect() const {
   const desktop::DeviceSize size = desktop::Panel::deviceSizeOf(*this);
-  return {size.width, size.height};
+  return {0, 0, size.width, size.height};
+}
+
+gpu::Extent LiveTextureView::drawableSize() const {
+  const QRect place = pictureRect();
+  return {place.width(), place.height()};
 }
 
 std::optional<gpu::RenderTarget> LiveTextureView::currentRenderTarget() {
@@ -123,18 +128,21 @@ void LiveTextureView::paintEvent(QPaintEvent*) {
   QImage image = imageOf(*picture);
   QPainter painter(this);
   painter.setOpacity(alpha_);
-  const gpu::Extent size = drawableSize();
-  if (image.width() == size.width && image.height() == size.height) {
-    image.setDevicePixelRatio(devicePixelRatioF());
-    painter.drawImage(0, 0, image);
+  const QRect pixels = pictureRect();
+  const double scale = devicePixelRatioF();
+  const QRectF place(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale);
+  if (image.size() == pixels.size()) {
+    image.setDevicePixelRatio(scale);
+    painter.drawImage(place.topLeft(), image);
   } else {
-    painter.drawImage(rect(), image);  // until the draw in the new size is there
+    painter.drawImage(place, image);  // until the draw in the new size is there
   }
-  if (alpha_ == 1) makeOpaque(painter, rect());
+  if (alpha_ == 1) makeOpaque(painter, place);
 }
 
 void LiveTextureView::resizeEvent(QResizeEvent*) {
-  if (canBeSeen()) setNeedsDisplay();
+  missed_ = !canBeSeen();
+  if (!missed_) setNeedsDisplay();
 }
 
 void LiveTextureView::showEvent(QShowEvent*) {

@@ -48,7 +48,7 @@ class LiveTextureView : public QWidget {
 
   const std::shared_ptr<gpu::Device>& device() const { return device_; }
 
-  // In device pixels.
+  // Of the picture, in device pixels.
   gpu::Extent drawableSize() const;
 
   // For the delegate: where to draw, cleared near black; none where no target is to be had now.
@@ -62,6 +62,10 @@ class LiveTextureView : public QWidget {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void showEvent(QShowEvent* event) override;
+
+  // Which part of the view the picture is made for and painted on, in device pixels from its top-left corner.
+  // All of it where no heir says otherwise.
+  virtual QRect pictureRect() const;
 
  private:
   void signalled();
