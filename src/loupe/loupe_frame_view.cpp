@@ -1,5 +1,7 @@
 #include "loupe/loupe_frame_view.h"
 
+#include <utility>
+
 #include <QMouseEvent>
 #include <QPainter>
 
@@ -84,7 +86,9 @@ FramePoint LoupeFrameView::locationOf(const QMouseEvent& event) const {
 
 void LoupeFrameView::mouseMoveEvent(QMouseEvent* event) {
   if (event->buttons().testFlag(Qt::LeftButton)) return mouseDragged(*event);
-  if (event->buttons() == Qt::NoButton) mouseMoved(locationOf(*event));
+  if (event->buttons() != Qt::NoButton) return;
+  abandonPress();
+  mouseMoved(locationOf(*event));
 }
 
 void LoupeFrameView::mouseMoved(FramePoint point) {
@@ -123,6 +127,15 @@ void LoupeFrameView::mouseReleaseEvent(QMouseEvent* event) {
   pressActive_ = false;
   const bool toggles = dragZone_ == Zone::panelButton && panelChip().contains(locationOf(*event));
   if (toggles && onPanelToggle) onPanelToggle();
+  isInteracting_ = false;
+  update();
+}
+
+void LoupeFrameView::hideEvent(QHideEvent*) { abandonPress(); }
+
+// The release of a press goes elsewhere when the window is taken away or the mouse grabbed under it.
+void LoupeFrameView::abandonPress() {
+  if (!std::exchange(pressActive_, false)) return;
   isInteracting_ = false;
   update();
 }

@@ -63,12 +63,14 @@ class LoupeFrameView : public QWidget {
   void leaveEvent(QEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
 
  private:
   FramePoint locationOf(const QMouseEvent& event) const;
   desktop::Cursor cursorAt(FramePoint point) const;
   void mouseMoved(FramePoint point);
   void mouseDragged(const QMouseEvent& event);
+  void abandonPress();
 
   Zone dragZone_ = Zone::move;
   DesktopPoint dragStartMouse_;
