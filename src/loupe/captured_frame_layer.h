@@ -9,11 +9,12 @@ class QWidget;
 
 namespace velicor {
 
-// The captured frame painted where the desktop shines through when there is a compositing manager. Exists
-// only while there is none. Main thread.
+// The captured frame painted where the desktop shines through when there is a compositing manager: pixel on
+// pixel, over the part of the panel that lies on the captured screen. Exists only while there is none. Main
+// thread.
 class CapturedFrameLayer {
  public:
-  // Fills `container`, below everything else in it, and is gone before it.
+  // Over all of `container`, a panel's content, below everything else in it, and is gone before it.
   CapturedFrameLayer(const std::shared_ptr<MetalProcessor>& processor, QWidget& container);
   ~CapturedFrameLayer();
   CapturedFrameLayer(const CapturedFrameLayer&) = delete;

@@ -1,5 +1,6 @@
 #include "loupe/loupe_controller.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "analysis/notification_names.h"
@@ -17,8 +18,14 @@ namespace {
 constexpr double firstSide = 175;
 constexpr int loupeLevel = 3;
 
-DesktopRect centredOn(const DesktopRect& screen) {
-  return {screen.midX() - firstSide / 2, screen.midY() - firstSide / 2, firstSide, firstSide};
+DesktopRect centredOn(const DesktopRect& screen, DesktopSize size) {
+  return {screen.midX() - size.width / 2, screen.midY() - size.height / 2, size.width, size.height};
+}
+
+bool showsOn(const std::vector<desktop::Screen>& screens, const DesktopRect& frame) {
+  return std::ranges::any_of(screens, [&frame](const desktop::Screen& screen) {
+    return !frame.intersection(screen.frame).isEmpty();
+  });
 }
 
 std::optional<desktop::Screen> startScreen(const desktop::ScreenList& list) {
@@ -29,8 +36,9 @@ std::optional<desktop::Screen> startScreen(const desktop::ScreenList& list) {
 
 std::unique_ptr<KeyablePanel> makePanel(desktop::Desktop& desktop) {
   const auto screen = startScreen(desktop.screens());
-  auto panel = std::make_unique<KeyablePanel>(desktop, desktop::PanelKind::bypassing,
-                                              centredOn(screen ? screen->frame : DesktopRect{}));
+  auto panel = std::make_unique<KeyablePanel>(
+      desktop, desktop::PanelKind::bypassing,
+      centredOn(screen ? screen->frame : DesktopRect{}, {firstSide, firstSide}));
   panel->setLevel(loupeLevel);
   return panel;
 }
@@ -55,7 +63,7 @@ LoupeController::LoupeController(std::shared_ptr<MetalProcessor> processor, desk
   panel_->setDelegate(this);
   watchMouse();
   watchCompositor();
-  waitForScreen();
+  watchScreens();
 }
 
 LoupeController::~LoupeController() {
@@ -108,14 +116,21 @@ LiveTextureView* LoupeController::capturedFrameView() {
   return capturedFrame_ ? &capturedFrame_->view() : nullptr;
 }
 
-void LoupeController::waitForScreen() {
-  if (startScreen(desktop_.screens())) return;
-  screensChanged_ = desktop_.screens().changed.subscribe([this] {
-    const auto screen = startScreen(desktop_.screens());
-    if (!screen) return;
-    screensChanged_ = {};
-    panel_->setFrame(centredOn(screen->frame));
-  });
+// The panel has subscribed before: by now it stands where its frame is on the new screens.
+void LoupeController::watchScreens() {
+  screens_ = desktop_.screens().screens();
+  screensChanged_ = desktop_.screens().changed.subscribe([this] { followScreens(); });
+}
+
+void LoupeController::followScreens() {
+  const DesktopRect frame = panel_->frame();
+  if (const auto screen = startScreen(desktop_.screens())) {
+    const std::vector<desktop::Screen> before = std::exchange(screens_, desktop_.screens().screens());
+    const bool stranded = before.empty() || (showsOn(before, frame) && !showsOn(screens_, frame));
+    if (stranded) panel_->setFrame(centredOn(screen->frame, {frame.width, frame.height}));
+  }
+  // A frame that is new has been reported already.
+  if (panel_->frame() == frame) reportFrame();
 }
 
 void LoupeController::applyDrag(LoupeFrameView::Zone zone, DesktopSize delta, const DesktopRect& startFrame) {

@@ -9,6 +9,7 @@
 #include "loupe/keyable_panel.h"
 #include "loupe/loupe_frame_view.h"
 #include "platform/desktop/desktop.h"
+#include "platform/desktop/screen.h"
 
 class QWidget;
 
@@ -23,12 +24,14 @@ class LoupeController : private desktop::PanelDelegate {
  public:
   // Centred on the main screen, not shown. Without a processor the loupe is a frame without a preview.
   // Without any screen it waits where the primary one would be, and is centred on the first one that comes.
+  // So it is, in its size, when the screen that showed it goes.
   LoupeController(std::shared_ptr<MetalProcessor> processor, desktop::Desktop& desktop);
   ~LoupeController() override;
   LoupeController(const LoupeController&) = delete;
   LoupeController& operator=(const LoupeController&) = delete;
 
-  // The panel's frame after every move and resize, whatever caused it.
+  // The panel's frame after every move and resize, whatever caused it, and after every change of the screens:
+  // the same frame may then be other pixels.
   std::function<void(DesktopRect frame)> onFrameChange;
 
   // A click on the frame's panel chip.
@@ -58,7 +61,8 @@ class LoupeController : private desktop::PanelDelegate {
   void watchMouse();
   void watchCompositor();
   void followCompositor();
-  void waitForScreen();
+  void watchScreens();
+  void followScreens();
   void enterBand(DesktopPoint mouse);
   void leaveBand();
 
@@ -73,6 +77,7 @@ class LoupeController : private desktop::PanelDelegate {
   std::vector<Subscription> mouseMonitors_;
   Subscription compositorChanged_;
   Subscription screensChanged_;
+  std::vector<desktop::Screen> screens_;  // the last ones; empty until there are any
   bool cursorInBand_ = false;
 };
 

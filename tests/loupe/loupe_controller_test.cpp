@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 
 #include <gtest/gtest.h>
 #include <QApplication>
 #include <QImage>
 
 #include "analysis/notification_names.h"
+#include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/pointer.h"
 #include "platform/desktop/window_stack.h"
+#include "support/announce_monitors.h"
 #include "support/main_loop.h"
 #include "support/robot.h"
 #include "support/x11_main.h"
@@ -235,6 +238,76 @@ TEST_F(LoupeTest, backAtTheStartADragHasNoDisplacement) {
   EXPECT_TRUE(waitUntil([&] { return !loupe.frameView().isInteracting(); }));
 }
 
+// A second monitor to the right of the server's own.
+class SideMonitor {
+ public:
+  explicit SideMonitor(test::XClient& client) : client_(client) {
+    client_.defineMonitor("side", {1440, 0, 720, 900}, false);
+    test::announceMonitors(client_, true);
+  }
+  ~SideMonitor() {
+    client_.deleteMonitor("side");
+    test::announceMonitors(client_, false);
+  }
+  SideMonitor(const SideMonitor&) = delete;
+  SideMonitor& operator=(const SideMonitor&) = delete;
+
+ private:
+  test::XClient& client_;
+};
+
+TEST_F(LoupeTest, returnsFromAScreenThatGoesAndTellsOfEveryChange) {
+  const auto screens = [&] { return desktop->screens().screens().size(); };
+  std::optional<SideMonitor> side(client);
+  ASSERT_TRUE(waitUntil([&] { return screens() == 2; }));
+  test::settle();
+  EXPECT_EQ(reported, std::vector{(DesktopRect{632.5, 362.5, 175, 175})});
+
+  loupe.panel().setFrame({1600, 100, 200, 100});
+  test::settle();
+  reported.clear();
+  side.reset();
+  ASSERT_TRUE(waitUntil([&] { return screens() == 1; }));
+  test::settle();
+  EXPECT_EQ(reported, std::vector{(DesktopRect{620, 400, 200, 100})});
+  EXPECT_EQ(loupe.panel().deviceFrame(), (DeviceRect{620, 400, 200, 100}));
+}
+
+TEST_F(LoupeTest, whereItWasDraggedOffTheScreensAChangeOfThemLeavesIt) {
+  const DesktopRect off{100, 2000, 175, 175};
+  loupe.panel().setFrame(off);
+  {
+    const SideMonitor side(client);
+    ASSERT_TRUE(waitUntil([&] { return desktop->screens().screens().size() == 2; }));
+  }
+  ASSERT_TRUE(waitUntil([&] { return desktop->screens().screens().size() == 1; }));
+  test::settle();
+  EXPECT_EQ(loupe.panel().frame(), off);
+  EXPECT_EQ(reported.back(), off);
+}
+
+TEST_F(LoupeTest, aDragThatLosesItsReleaseIsOver) {
+  const auto own = static_cast<xcb_window_t>(loupe.panel().window().winId());
+  hover(at(4, 88), true);
+  robot.press();
+  ASSERT_TRUE(waitUntil([&] { return loupe.frameView().isInteracting(); }));
+  client.unmap(own);
+  client.sync();
+  robot.release();
+  client.map(own);
+  client.sync();
+  robot.moveTo(at(5, 80));
+  EXPECT_TRUE(waitUntil([&] { return !loupe.frameView().pressActive(); }));
+  EXPECT_FALSE(loupe.frameView().isInteracting());
+
+  robot.press();
+  ASSERT_TRUE(waitUntil([&] { return loupe.frameView().isInteracting(); }));
+  loupe.panel().orderOut();
+  EXPECT_FALSE(loupe.frameView().pressActive());
+  EXPECT_FALSE(loupe.frameView().isInteracting());
+  robot.release();
+}
+
 TEST(LoupeWithProcessor, paintsTheCapturedFrameOnlyWithoutACompositor) {
   const std::unique_ptr<desktop::Desktop> desktop = std::move(*desktop::Desktop::open());
   const std::shared_ptr<MetalProcessor> processor = MetalProcessor::create();
@@ -257,6 +330,40 @@ TEST(LoupeWithProcessor, paintsTheCapturedFrameOnlyWithoutACompositor) {
   }
   EXPECT_TRUE(
       waitUntil([&] { return loupe.capturedFrameView() != nullptr && middle() == qRgb(200, 200, 200); }));
+}
+
+// Over the screen's edge, without a compositor: every captured pixel lies where it was taken from.
+TEST(LoupeWithProcessor, paintsTheCapturedFrameOnItsPartOfTheScreen) {
+  const std::unique_ptr<desktop::Desktop> desktop = std::move(*desktop::Desktop::open());
+  const std::shared_ptr<MetalProcessor> processor = MetalProcessor::create();
+  processor->mode = MetalProcessor::Mode::original;
+  processor->onPreview = [] { notifications::NotificationCenter::defaultCenter().post(velicorPreviewReady); };
+  LoupeController loupe(processor, *desktop);
+  loupe.metalView()->hide();
+  loupe.frameView().hide();
+  loupe.panel().orderFront();
+
+  constexpr int visible = 100;
+  auto frame = std::make_shared<PixelBuffer>(visible, 175);
+  for (std::size_t row = 0; row < 175; ++row) {
+    for (std::size_t column = 0; column < visible; ++column) {
+      std::byte* pixel = frame->bytes() + row * frame->bytesPerRow() + column * 4;
+      std::fill_n(pixel, 4, std::byte(column + 50));
+    }
+  }
+  const auto grey = [](int column) { return qRgb(column + 50, column + 50, column + 50); };
+  for (const auto& [place, first] :
+       {std::pair(DesktopRect{1340, 300, 175, 175}, 0), std::pair(DesktopRect{-75, 300, 175, 175}, 75)}) {
+    loupe.panel().setFrame(place);
+    processor->ingest(frame);
+    const auto picture = [&] { return loupe.panel().window().grab().toImage(); };
+    EXPECT_TRUE(waitUntil([&] {
+      return picture().pixel(first, 0) == grey(0) && picture().pixel(first + 99, 174) == grey(99);
+    }));
+    const QImage last = picture();
+    EXPECT_EQ(last.pixel(first + 31, 88), grey(31));
+    EXPECT_EQ(qAlpha(last.pixel(first == 0 ? 100 : 74, 88)), 0);
+  }
 }
 
 }  // namespace
