@@ -17,7 +17,11 @@ constexpr int framesInUse = 3;
 DisplayRect sourceRect(const DesktopRect& region, const DesktopRect& frame) {
   const DisplayRect local{region.minX() - frame.minX(), frame.maxY() - region.maxY(), region.width,
                           region.height};
-  const DisplayRect clipped = local.intersection({0, 0, frame.width, frame.height});
+  DisplayRect clipped = local.intersection({0, 0, frame.width, frame.height});
+  // A common part's sides are differences of edges. One that isn't cut keeps its exact length: at half a pixel
+  // the rounding error would cost the whole one, and the frame would be narrower than the region's window.
+  if (local.minX() >= 0 && local.maxX() <= frame.width) clipped.width = local.width;
+  if (local.minY() >= 0 && local.maxY() <= frame.height) clipped.height = local.height;
   if (clipped.width < smallestSide || clipped.height < smallestSide)
     return {0, 0, smallestSide, smallestSide};
   return clipped;

@@ -85,11 +85,9 @@ DesktopRect ScreenLayout::toDesktop(const DeviceRect& rect) const {
 
 DeviceRect ScreenLayout::toDevice(const DesktopRect& rect) const {
   const auto [frame, monitor] = planeAt(rect);
-  const int left = roundHalfAway(monitor.frame.x + (rect.minX() - frame.x) * monitor.scale);
-  const int right = roundHalfAway(monitor.frame.x + (rect.maxX() - frame.x) * monitor.scale);
-  const int top = roundHalfAway(monitor.frame.y + (frame.maxY() - rect.maxY()) * monitor.scale);
-  const int bottom = roundHalfAway(monitor.frame.y + (frame.maxY() - rect.minY()) * monitor.scale);
-  return {left, top, right - left, bottom - top};
+  return {roundHalfAway(monitor.frame.x + (rect.minX() - frame.x) * monitor.scale),
+          roundHalfAway(monitor.frame.y + (frame.maxY() - rect.maxY()) * monitor.scale),
+          roundHalfAway(rect.width * monitor.scale), roundHalfAway(rect.height * monitor.scale)};
 }
 
 FramePoint toFrame(DesktopPoint point, const DesktopRect& window) {

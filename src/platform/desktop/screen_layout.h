@@ -53,7 +53,8 @@ class ScreenLayout {
   // The rectangle's monitor decides the scale of all of it.
   DesktopRect toDesktop(const DeviceRect& rect) const;
 
-  // Each edge goes to the nearest device pixel, halves away from zero.
+  // The left and top edges go to the nearest device pixel, and so does the size, halves away from zero: a
+  // rectangle keeps its size in pixels wherever it is, the one that capturing it gives.
   DeviceRect toDevice(const DesktopRect& rect) const;
 
  private:

@@ -22,12 +22,14 @@ TEST_P(AtScale, thePrimaryMonitorStartsAtTheOrigin) {
   EXPECT_EQ(frame, (DesktopRect{0, 0, 1500 / GetParam(), 900 / GetParam()}));
 }
 
-TEST_P(AtScale, neighbouringRectanglesShareTheirPixelEdge) {
+TEST_P(AtScale, aRectangleKeepsItsSizeInPixelsWhereverItIs) {
   const ScreenLayout layout = single(GetParam());
-  for (double split = 100; split < 110; split += 0.3) {
-    const DeviceRect left = layout.toDevice({50, 50, split - 50, 100});
-    const DeviceRect right = layout.toDevice({split, 50, 200 - split, 100});
-    EXPECT_EQ(left.right(), right.x) << split;
+  const DeviceRect first = layout.toDevice({100, 100, 175, 80.5});
+  for (double step = 0; step < 10; step += 0.3) {
+    const DeviceRect moved = layout.toDevice({100 + step, 100 + step / 2, 175, 80.5});
+    EXPECT_EQ(moved.width, first.width) << step;
+    EXPECT_EQ(moved.height, first.height) << step;
+    EXPECT_EQ(moved.x, roundHalfAway((100 + step) * GetParam())) << step;
   }
 }
 
