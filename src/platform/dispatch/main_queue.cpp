@@ -61,17 +61,21 @@ void MainQueue::detach() {
 }
 
 std::size_t MainQueue::runPending() {
-  std::deque<Job> batch;
-  {
-    const std::scoped_lock guard(mutex_);
-    batch.swap(jobs_);
+  std::size_t ran = 0;
+  std::unique_lock guard(mutex_);
+  for (std::size_t present = jobs_.size(); present > 0 && !jobs_.empty(); --present, ++ran) {
+    Job job = std::move(jobs_.front());
+    jobs_.pop_front();
+    // The job may run an event loop of its own, a menu's for example: that serves the jobs after this one.
     ringing_ = false;
-  }
-  for (Job& job : batch) {
+    if (!jobs_.empty()) wake();
+    guard.unlock();
     job();
     job = nullptr;  // what it captured goes before the next one runs
+    guard.lock();
   }
-  return batch.size();
+  if (jobs_.empty()) ringing_ = false;
+  return ran;
 }
 
 bool MainQueue::isCurrent() const {

@@ -63,8 +63,8 @@ void SerialQueue::run() {
 }
 
 SerialQueue& backgroundQueue() {
-  static SerialQueue queue("velicor.backgnd");
-  return queue;
+  static auto* const queue = new SerialQueue("velicor.backgnd");  // whoever exits does not wait for it
+  return *queue;
 }
 
 }  // namespace velicor::dispatch

@@ -8,8 +8,8 @@ class QSocketNotifier;
 
 namespace velicor::dispatch {
 
-// Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into a call on the main thread.
-// Made first thing in main(), before any thread exists: threads inherit that these signals are held back.
+// Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into a call on the main thread. Programs
+// that we start get them as usual. One at a time.
 class TerminationSignals {
  public:
   TerminationSignals();
@@ -21,7 +21,8 @@ class TerminationSignals {
   void deliverTo(Job job);
 
  private:
-  int descriptor_ = -1;
+  int readEnd_ = -1;
+  int writeEnd_ = -1;
   std::unique_ptr<QSocketNotifier> notifier_;
 };
 
