@@ -134,7 +134,8 @@ void MetalProcessor::encodeAnalysis(gpu::CommandBuffer& commands, bool includeSc
   }
   if (includeScopes) encodeScopes(commands);
   const Outcome outcome{wantsPreview ? outTexture_ : nullptr, regionTexture_, includeScopes, session_};
-  commands.addCompletedHandler([weak = weak_from_this(), outcome](const gpu::CommandBuffer&) {
+  commands.addCompletedHandler([weak = weak_from_this(), outcome](const gpu::CommandBuffer& done) {
+    if (done.status() == gpu::CommandBuffer::Status::failed) return;  // the results of the frame before stay
     if (const auto self = weak.lock()) self->publish(outcome);
   });
 }

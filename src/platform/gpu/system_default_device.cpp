@@ -4,8 +4,9 @@
 namespace velicor::gpu {
 
 std::shared_ptr<Device> systemDefaultDevice() {
-  static const std::shared_ptr<Device> device = makeNativeDevice();
-  return device;
+  // Never destroyed: work may be under way when the process ends.
+  static const auto* const device = new std::shared_ptr<Device>(makeNativeDevice());
+  return *device;
 }
 
 }  // namespace velicor::gpu

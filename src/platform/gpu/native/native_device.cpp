@@ -5,7 +5,6 @@
 
 #include "platform/gpu/native/native_pipelines.h"
 #include "platform/gpu/native/native_resources.h"
-#include "platform/log/log.h"
 
 namespace velicor::gpu {
 
@@ -49,9 +48,8 @@ void NativeDevice::onSubmit(Submission submission) { worker_.submit(std::move(su
 std::shared_ptr<Device> makeNativeDevice() {
   try {
     return std::make_shared<NativeDevice>();
-  } catch (const std::system_error& error) {
-    log::Logger("gpu").error(std::string("no thread for the native device: ") + error.what());
-    return nullptr;
+  } catch (const std::system_error&) {
+    return nullptr;  // no thread to be had
   }
 }
 

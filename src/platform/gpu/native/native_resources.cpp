@@ -51,8 +51,11 @@ void NativeTexture::onReplace(const Region& region, const std::byte* bytes, std:
 std::shared_ptr<NativeTexture> makeNativeTexture(std::shared_ptr<Device> device,
                                                  const TextureDescriptor& descriptor) {
   const std::size_t bytesPerRow = roundedUp(rowLength(descriptor.width), rowAlignment);
-  PageMemory memory = allocatePages(bytesPerRow * static_cast<std::size_t>(descriptor.height));
+  const std::size_t length = bytesPerRow * static_cast<std::size_t>(descriptor.height);
+  PageMemory memory = allocatePages(length);
   if (!memory) return nullptr;
+  // What a pass leaves out must not show what the memory held before.
+  std::memset(memory.get(), 0, length);
   return std::make_shared<NativeTexture>(std::move(device), descriptor, std::move(memory), bytesPerRow);
 }
 
