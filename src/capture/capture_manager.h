@@ -82,11 +82,11 @@ class CaptureManager {
   // Parameters of coroutines are values: the caller's variables are gone when they continue. After every
   // await they look at `life` before they touch the session.
   void enqueueStart(std::uint32_t displayID, const desktop::Screen& screen);
-  QCoro::Task<> runStart(Life life, std::uint32_t displayID, desktop::Screen screen);
+  QCoro::Task<> runStart(Life life, int number, std::uint32_t displayID, desktop::Screen screen);
   QCoro::Task<Status> startAsync(Life life, std::uint32_t displayID, desktop::Screen screen);
   Result<StreamRef> openStream(const screencapture::ContentFilter& filter, const desktop::Screen& screen);
   void startSucceeded(std::uint32_t displayID);
-  void startFailed(const Error& error, const desktop::Screen& screen);
+  void startFailed(const Error& error, int number, const desktop::Screen& screen);
   QCoro::Task<> runStop(Life life);
   void streamStopped(const Error& error);
 
@@ -111,6 +111,7 @@ class CaptureManager {
   Published<std::optional<std::string>> lastError_{willChange, std::nullopt};
   StreamRef stream_;  // set only after a successful start
   int retriesLeft_ = allowedRestarts;
+  int lastStart_ = 0;  // starts asked for so far
   std::optional<std::uint32_t> currentDisplayID_;  // where the stream runs or is being started
   bool suspended_ = false;
   bool excludesSelf_ = false;  // the current stream leaves out this program's windows

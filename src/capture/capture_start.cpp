@@ -49,16 +49,18 @@ struct StreamWithQueue {
 
 void CaptureManager::enqueueStart(std::uint32_t displayID, const desktop::Screen& screen) {
   currentDisplayID_ = displayID;
-  chain_.enqueue([this, displayID, screen] { return runStart(life_, displayID, screen); });
+  const int number = ++lastStart_;
+  chain_.enqueue([this, number, displayID, screen] { return runStart(life_, number, displayID, screen); });
 }
 
-QCoro::Task<> CaptureManager::runStart(Life life, std::uint32_t displayID, desktop::Screen screen) {
+QCoro::Task<> CaptureManager::runStart(Life life, int number, std::uint32_t displayID,
+                                       desktop::Screen screen) {
   const Status started = co_await startAsync(life, displayID, screen);
   if (life.expired()) co_return;
   if (started) {
     startSucceeded(displayID);
   } else {
-    startFailed(started.error(), screen);
+    startFailed(started.error(), number, screen);
   }
 }
 
@@ -111,7 +113,7 @@ void CaptureManager::startSucceeded(std::uint32_t displayID) {
   log_.info("capture running on display " + std::to_string(displayID));
 }
 
-void CaptureManager::startFailed(const Error& error, const desktop::Screen& screen) {
+void CaptureManager::startFailed(const Error& error, int number, const desktop::Screen& screen) {
   currentDisplayID_.reset();
   isRunning_ = false;
   log_.error("capture failed: " + error.description);
@@ -121,7 +123,10 @@ void CaptureManager::startFailed(const Error& error, const desktop::Screen& scre
   } else if (retriesLeft_ > 0) {
     --retriesLeft_;
     log_.info("retrying capture");
-    clock_.callAfter(retryDelay, whileAlive([this, screen] { start(screen); }));
+    // A start asked for meanwhile, on the display that the loupe is on now, is not undone by an old one.
+    clock_.callAfter(retryDelay, whileAlive([this, number, screen] {
+                       if (number == lastStart_) start(screen);
+                     }));
   } else {
     lastError_ = capturetexts::messageFor(error);
   }
