@@ -24,9 +24,7 @@ constexpr double scopesPerSecond = 10;
 
 std::optional<MetalProcessor::Mode> storedMode(const settings::Settings& settings) {
   const auto raw = settings.integer(key::mode);
-  const auto* const mode = std::ranges::find_if(
-      MetalProcessor::allModes, [raw](MetalProcessor::Mode each) { return raw == MetalProcessor::id(each); });
-  return mode == MetalProcessor::allModes.end() ? std::nullopt : std::optional(*mode);
+  return raw && std::in_range<int>(*raw) ? MetalProcessor::modeFrom(static_cast<int>(*raw)) : std::nullopt;
 }
 
 std::optional<int> storedFps(const settings::Settings& settings) {

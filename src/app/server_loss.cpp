@@ -1,7 +1,7 @@
 #include "app/server_loss.h"
 
+#include <atomic>
 #include <cstdlib>
-#include <string_view>
 
 #include <unistd.h>
 
@@ -15,41 +15,41 @@ namespace velicor {
 
 namespace {
 
-settings::Settings* settingsToSave = nullptr;
+settings::Settings* settingsToSave = nullptr;  // main thread
+std::atomic<bool> watching = false;
 QtMessageHandler toolkitMessages = nullptr;
 
-// Nothing that the process still holds can be put in order without a server: whatever is flushed, it ends
-// here and now, without destructors.
-[[noreturn]] void endWithoutServer() {
-  settingsToSave->flush();
-  log::general("the X server went away");
-  _exit(ServerLoss::exitServerLost);
-}
-
-// The toolkit calls exit() when its connection breaks.
-void atProcessExit() {
-  if (settingsToSave) endWithoutServer();
-}
-
-// It also has a line of its own to say about it, which ours replaces.
+// The toolkit has a line of its own to say about a broken connection, which ours replaces.
 void passOnMessages(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-  if (settingsToSave && text.startsWith(QLatin1String("The X11 connection broke"))) return;
+  if (watching && text.startsWith(QLatin1String("The X11 connection broke"))) return;
   toolkitMessages(type, context, text);
 }
 
 }  // namespace
 
 ServerLoss::ServerLoss(desktop::Desktop& desktop, settings::Settings& settings)
-    : lost_(desktop.lost().subscribe([] { endWithoutServer(); })) {
+    : lost_(desktop.lost().subscribe(endProcess)) {
   settingsToSave = &settings;
   toolkitMessages = qInstallMessageHandler(passOnMessages);
-  static const int registered = std::atexit(atProcessExit);
+  watching = true;
+  // The toolkit calls exit() when its connection breaks.
+  static const int registered = std::atexit(endProcess);
   static_cast<void>(registered);
 }
 
 ServerLoss::~ServerLoss() {
   settingsToSave = nullptr;
+  watching = false;
   qInstallMessageHandler(toolkitMessages);
+}
+
+// Nothing that the process still holds can be put in order without a server: with the settings written it ends
+// here and now, without destructors.
+void ServerLoss::endProcess() {
+  if (!settingsToSave) return;
+  settingsToSave->flush();
+  log::general("the X server went away");
+  _exit(exitServerLost);
 }
 
 }  // namespace velicor

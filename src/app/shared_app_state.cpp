@@ -11,14 +11,15 @@ namespace velicor {
 
 namespace {
 
+// Both are emptied by Installation and never by the end of the process, which may come from inside a call.
 std::optional<AppState::Environment>& installed() {
-  static std::optional<AppState::Environment> environment;
-  return environment;
+  static auto* const environment = new std::optional<AppState::Environment>;
+  return *environment;
 }
 
 std::unique_ptr<AppState>& instance() {
-  static std::unique_ptr<AppState> state;
-  return state;
+  static auto* const state = new std::unique_ptr<AppState>;
+  return *state;
 }
 
 [[noreturn]] void misuse(const char* what) {

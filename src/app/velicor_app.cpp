@@ -62,7 +62,7 @@ int unavailable(const std::string& reason) {
 int live(dispatch::TerminationSignals& termination) {
   const AttachedMainQueue mainQueue;
   // Before the first window of ours exists.
-  auto service = screencapture::makeX11Service();
+  auto service = screencapture::makeX11Service({}, x11::OwnClients::shared(), ServerLoss::endProcess);
   if (!service) return unavailable(service.error().description);
   const auto desktop = desktop::Desktop::open();
   if (!desktop) return unavailable(desktop.error().description);

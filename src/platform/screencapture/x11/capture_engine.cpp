@@ -38,8 +38,9 @@ timespec timespecOf(Duration duration) {
 
 }  // namespace
 
-CaptureEngine::CaptureEngine(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own)
-    : connection_(std::move(connection)), own_(own), processes_(*connection_, own) {
+CaptureEngine::CaptureEngine(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own,
+                             std::function<void()> onLost)
+    : connection_(std::move(connection)), own_(own), onLost_(std::move(onLost)), processes_(*connection_, own) {
   refusal_ = prepare();
   connection_->setErrorHandler([this](const xcb_generic_error_t& error) { take(error); });
   thread_ = std::jthread([this](const std::stop_token& stopping) { run(stopping); });
@@ -105,6 +106,7 @@ void CaptureEngine::takeEvents() {
   while (const auto event = connection_->nextEvent()) take(*event);
   if (!connection_->isLost()) return;
   lost_ = true;
+  if (onLost_) dispatch::MainQueue::shared().async(std::exchange(onLost_, {}));
   endAll(connectionLostError());
 }
 

@@ -23,7 +23,8 @@ class CaptureEngine {
 
   // Redirects all windows to pixmaps, which lasts as long as the engine, and starts the thread. A server that
   // refuses that, or can't be decoded, gives an engine whose streams fail with the reason.
-  CaptureEngine(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own);
+  // `onLost` is called once, on the main thread, when the connection is gone, before any stream fails.
+  CaptureEngine(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own, std::function<void()> onLost);
 
   // Ends the thread. Frames that are still held by someone stay valid.
   ~CaptureEngine();
@@ -68,6 +69,7 @@ class CaptureEngine {
 
   std::unique_ptr<x11::Connection> connection_;
   x11::OwnClients& own_;
+  std::function<void()> onLost_;
   std::optional<Error> refusal_;
   std::optional<VisualFormats> formats_;
   std::unique_ptr<StackWatcher> watcher_;

@@ -12,8 +12,8 @@ namespace {
 
 class X11Service : public Service {
  public:
-  X11Service(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own)
-      : engine_(std::make_unique<CaptureEngine>(std::move(connection), own)) {}
+  X11Service(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own, std::function<void()> onLost)
+      : engine_(std::make_unique<CaptureEngine>(std::move(connection), own, std::move(onLost))) {}
 
   QCoro::Task<Result<ShareableContent>> shareableContent(ContentQuery query) override {
     dispatch::Completion<Result<ShareableContent>> answer;
@@ -39,10 +39,11 @@ class X11Service : public Service {
 
 }  // namespace
 
-Result<std::unique_ptr<Service>> makeX11Service(const std::string& displayName, x11::OwnClients& own) {
+Result<std::unique_ptr<Service>> makeX11Service(const std::string& displayName, x11::OwnClients& own,
+                                                std::function<void()> onLost) {
   auto connection = x11::Connection::open(displayName, own);
   if (!connection) return failure(errorDomain, connectionLost, connection.error().description);
-  return std::make_unique<X11Service>(std::move(*connection), own);
+  return std::make_unique<X11Service>(std::move(*connection), own, std::move(onLost));
 }
 
 }  // namespace velicor::screencapture

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -15,7 +16,11 @@ namespace velicor::screencapture {
 // To be made before the first window of this process exists, and kept as long as the process: from now on
 // every window keeps its whole picture, also where others cover it. What was covered before has to be drawn
 // anew by its program first, and would show our own windows until then.
+//
+// `onLost` is called once, on the main thread, when the server went away or ended this connection, before any
+// stream says that it stopped. The service does not come back.
 Result<std::unique_ptr<Service>> makeX11Service(const std::string& displayName = {},
-                                                x11::OwnClients& own = x11::OwnClients::shared());
+                                                x11::OwnClients& own = x11::OwnClients::shared(),
+                                                std::function<void()> onLost = {});
 
 }  // namespace velicor::screencapture
