@@ -36,7 +36,8 @@ void EventStatistics::scheduleReport(dispatch::Instant due) {
   const dispatch::Duration delay = std::max<dispatch::Duration>(due - clock_.now(), dispatch::Duration{0});
   clock_.callAfter(delay, [this, due] {
     report_(takeCounts());
-    scheduleReport(due + interval);
+    // After a stall the reports that were missed are not made up for.
+    scheduleReport(std::max(due + interval, clock_.now()));
   });
 }
 

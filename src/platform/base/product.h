@@ -7,7 +7,7 @@ namespace velicor::product {
 
 inline constexpr std::string_view name = "Velicor";
 
-// Identifier of the application: its log subsystem, settings folder and entry in lists of applications.
+// Identifier of the application, by which the desktop and lists of applications know it.
 inline constexpr std::string_view identifier = "example.velicor.Velicor";
 
 // "major.minor.patch" and the build number, both from the CMake project.

@@ -16,9 +16,9 @@ std::string variable(const char* name) {
 }
 
 std::string refusal() {
-  return std::string(product::name) +
-         ": this is a Wayland session, where a program can't read other programs' windows. Log in to an X11 "
-         "session to use it.";
+  return "this is a Wayland session, where a program can't read other programs' windows; log in to an X11 "
+         "session to use " +
+         std::string(product::name);
 }
 
 }  // namespace
