@@ -52,20 +52,28 @@ TEST_P(AnalysisOnScreenTest, TheHeatmapNeverAnalysesItself) {
   }
 }
 
+QImage patternInside(int seed, QRect area) {
+  QImage image(area.size(), QImage::Format_RGB32);
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) {
+      image.setPixel(x, y, Pattern{seed}.at(x + area.x(), y + area.y()) | 0xFF000000);
+    }
+  }
+  return image;
+}
+
 TEST_P(AnalysisOnScreenTest, TheOriginalModeShowsTheScreenUnchanged) {
-  stage_.painter().showPattern(screen, Pattern{3});
+  const xcb_window_t window = stage_.painter().showColour(screen, middleGrey);
   Launch launch = stage_.launch();
   launch.mode = 0;
   RunningVelicor velicor(launch);
-  ASSERT_TRUE(velicor.waitForLog("capture running")) << velicor.log();
-  const QImage wanted = [&] {
-    QImage image(100, 100, QImage::Format_RGB32);
-    for (int y = 0; y < image.height(); ++y) {
-      for (int x = 0; x < image.width(); ++x) image.setPixel(x, y, Pattern{3}.at(x + 580, y + 350) | 0xFF000000);
-    }
-    return image;
-  }();
-  EXPECT_TRUE(waitUntil([&] { return stage_.screenshot().copy(580, 350, 100, 100) == wanted; }));
+  ASSERT_TRUE(stage_.shows(onFrameLine(loupeAtStart), frameYellow, frameTolerance)) << velicor.log();
+  EXPECT_TRUE(stage_.shows(loupeCentre, rgb(middleGrey)));
+  const QRect interior(580, 350, 100, 100);
+  for (const int seed : {3, 4}) {
+    stage_.painter().setPattern(window, Pattern{seed});
+    EXPECT_TRUE(waitUntil([&] { return stage_.screenshot().copy(interior) == patternInside(seed, interior); }));
+  }
 }
 
 TEST_P(AnalysisOnScreenTest, HalfOpacityMixesTheAnswerWithTheScreen) {
@@ -80,7 +88,7 @@ TEST_P(AnalysisOnScreenTest, HalfOpacityMixesTheAnswerWithTheScreen) {
 TEST_P(AnalysisOnScreenTest, WindowsThatComeAndGoUnderTheLoupeAreSeenAsTheyAre) {
   stage_.painter().showColour(screen, middleGrey);
   RunningVelicor velicor(stage_.launch());
-  ASSERT_TRUE(stage_.shows(loupeCentre, rgb(middleGrey))) << velicor.log();
+  ASSERT_TRUE(stage_.shows(onFrameLine(loupeAtStart), frameYellow, frameTolerance)) << velicor.log();
   const xcb_window_t patch = stage_.painter().showColour({600, 360, 80, 80}, lightSkin);
   EXPECT_TRUE(stage_.shows(loupeCentre, onTheLine));
   stage_.painter().move(patch, 560, 360);

@@ -17,9 +17,11 @@ QString configurationFolder(const QTemporaryDir& folder) { return folder.filePat
 RunningVelicor::RunningVelicor(const Launch& launch) {
   if (launch.withSettings) writeSettings(launch);
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  for (const char* name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "XDG_SESSION_TYPE", "QT_SCALE_FACTOR"}) {
+  for (const char* name : {"QT_QPA_PLATFORM", "QT_SCALE_FACTOR", "QT_SCREEN_SCALE_FACTORS", "QT_FONT_DPI",
+                           "WAYLAND_DISPLAY", "XDG_SESSION_TYPE", "VELICOR_STATS", "VELICOR_DUMP"}) {
     environment.remove(name);
   }
+  environment.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
   environment.insert("DISPLAY", QString::fromStdString(launch.display));
   environment.insert("XDG_CONFIG_HOME", configurationFolder(folder_));
   environment.insert("XDG_RUNTIME_DIR", folder_.path());

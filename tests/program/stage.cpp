@@ -31,6 +31,22 @@ QImage grab(xcb_connection_t* connection, xcb_window_t root, DeviceRect area) {
   return image;
 }
 
+// The frame of the top-level window that gets the mouse at this place; input shapes count.
+DeviceRect frameAt(xcb_connection_t* connection, xcb_window_t root, DevicePoint place) {
+  const auto asked = xcb_translate_coordinates(connection, root, root, static_cast<std::int16_t>(place.x),
+                                               static_cast<std::int16_t>(place.y));
+  xcb_translate_coordinates_reply_t* hit = xcb_translate_coordinates_reply(connection, asked, nullptr);
+  const xcb_window_t window = hit ? hit->child : xcb_window_t{XCB_WINDOW_NONE};
+  std::free(hit);
+  if (window == XCB_WINDOW_NONE) return {};
+  xcb_get_geometry_reply_t* geometry =
+      xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window), nullptr);
+  const DeviceRect frame =
+      geometry ? DeviceRect{geometry->x, geometry->y, geometry->width, geometry->height} : DeviceRect{};
+  std::free(geometry);
+  return frame;
+}
+
 }  // namespace
 
 std::string nameOf(Surroundings surroundings) {
@@ -48,6 +64,10 @@ Stage::Stage(Surroundings surroundings) : painter_(server_.name()), mouse_(serve
     compositor_ = std::make_unique<CompositingManager>(server_);
   }
   mouse_.moveTo({5, 5});
+}
+
+bool Stage::takesMouse(const DeviceRect& loupe, DevicePoint place) const {
+  return waitUntil([&] { return frameAt(painter_.raw(), painter_.root(), place) == loupe; });
 }
 
 QImage Stage::screenshot() const { return grab(painter_.raw(), painter_.root(), {0, 0, width, height}); }

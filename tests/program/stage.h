@@ -30,6 +30,9 @@ class Stage {
   XClient& painter() { return painter_; }
   Robot& mouse() { return mouse_; }
 
+  // Waits until a press at this place would go to a window with exactly this frame: the loupe.
+  bool takesMouse(const DeviceRect& loupe, DevicePoint place) const;
+
   // What a user sees.
   QImage screenshot() const;
   QColor colorAt(DevicePoint place) const;
@@ -52,7 +55,14 @@ inline constexpr DevicePoint loupeCentre{640, 400};
 // The middle of the move chip of a loupe with this device rectangle at scale 1.
 inline DevicePoint moveChipOf(const DeviceRect& loupe) { return {loupe.right() - 13, loupe.y + 13}; }
 
-// A point inside the loupe's edge band, and well inside its interior.
+// A pixel of the frame's line, between two handles, and the line's colours over middle grey: nearly opaque, and half
+// transparent when locked.
+inline DevicePoint onFrameLine(const DeviceRect& loupe) { return {loupe.x, loupe.y + loupe.height / 4}; }
+inline constexpr QColor frameYellow(0xFA, 0xD3, 0x11);
+inline constexpr QColor frameGrey(0x98, 0x98, 0x9B);
+inline constexpr int frameTolerance = 6;
+
+// A point inside the loupe's edge band.
 inline DevicePoint leftBandOf(const DeviceRect& loupe) { return {loupe.x + 5, loupe.y + loupe.height / 2}; }
 
 }  // namespace velicor::test
