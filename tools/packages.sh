@@ -7,6 +7,10 @@ velicor_packages() {
 # Installs what is missing, as root or through sudo; without either, prints the one line to run and fails.
 velicor_install_packages() {
   local top=$1 package missing=()
+  if ! command -v apt-get >/dev/null; then
+    echo "Velicor's packages go by their Debian names; install what $top/packaging/debian-packages lists." >&2
+    return 1
+  fi
   for package in $(velicor_packages "$top"); do
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
   done
