@@ -112,10 +112,11 @@ XServer::XServer(const std::string& screen, const std::vector<std::string>& more
   name_ = ":" + number;
 }
 
-WindowManager::WindowManager(const XServer& server) : Program({"openbox", "--sm-disable"}, server.name()) {
+WindowManager::WindowManager(const XServer& server, const std::vector<std::string>& command)
+    : Program(command, server.name()) {
   XClient client(server.name());
   const bool started = client.waitForProperty("_NET_SUPPORTING_WM_CHECK") && client.findManager();
-  if (!started) throw std::runtime_error("openbox did not start");
+  if (!started) throw std::runtime_error(command.front() + " did not start");
 }
 
 Painter::Painter(const XServer& server, const DeviceRect& place, int seed)

@@ -65,7 +65,7 @@ class XServer {
 // Programs that are started the way users have them. They return when the program does its work.
 class WindowManager : public Program {
  public:
-  explicit WindowManager(const XServer& server);
+  explicit WindowManager(const XServer& server, const std::vector<std::string>& command = {"openbox", "--sm-disable"});
 };
 
 // Another process with one window that shows a pattern; returns when that is mapped.

@@ -114,6 +114,38 @@ TEST_F(CaptureUnderManagers, BlendsByTheOpacityThatManagersKeep) {
   }));
 }
 
+// Whatever frames a manager makes, and however it tiles or stacks: the picture is what the server shows.
+class CaptureUnderAnyManager : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(CaptureUnderAnyManager, ShowsWhatTheServerShows) {
+  Bench bench;
+  const velicor::test::WindowManager manager(bench.server, GetParam());
+  const DeviceRect all{0, 0, 1280, 800};
+  bench.other.setBackdrop({1});
+  const xcb_window_t first = bench.other.showPattern({100, 100, 300, 200}, {2}, {.managed = true});
+  const auto stream = bench.start(all);
+  const auto isTheScreen = [&](const Frame& frame) { return frame.pixels == bench.other.screenImage(all); };
+  const auto follows = [&](const char* what) {
+    const std::size_t settled = bench.receiver->waitForQuiet();
+    EXPECT_TRUE(bench.receiver->waitForFrame(settled - std::min<std::size_t>(settled, 1), isTheScreen)) << what;
+    EXPECT_TRUE(isTheScreen(bench.freshFrame(all))) << what;
+  };
+  follows("a window that was there");
+  const xcb_window_t second = bench.other.showPattern({250, 150, 300, 200}, {3}, {.managed = true});
+  bench.other.shape(second, {20, 30, 200, 100});
+  follows("a shaped one that is new");
+  bench.other.resize(first, 350, 250);
+  bench.other.raise(first);
+  follows("resized and raised");
+  bench.other.unmap(second);
+  follows("withdrawn");
+}
+
+INSTANTIATE_TEST_SUITE_P(Are, CaptureUnderAnyManager,
+                         testing::Values(std::vector<std::string>{"openbox", "--sm-disable"},
+                                         std::vector<std::string>{"i3", "-c", "/dev/null"}),
+                         [](const auto& test) { return test.param.front(); });
+
 TEST(StackWatcher, TellsOncePerVisualWhatItCanNotDecode) {
   const XServer server;
   XClient other(server.name());
