@@ -87,9 +87,13 @@ TEST_P(AnalysisOnScreenTest, HalfOpacityMixesTheAnswerWithTheScreen) {
 
 TEST_P(AnalysisOnScreenTest, WindowsThatComeAndGoUnderTheLoupeAreSeenAsTheyAre) {
   stage_.painter().showColour(screen, middleGrey);
+  // Its place in the stack, below the loupe, is kept while it is not shown.
+  const xcb_window_t patch = stage_.painter().showColour({600, 360, 80, 80}, lightSkin);
+  stage_.painter().unmap(patch);
   RunningVelicor velicor(stage_.launch());
   ASSERT_TRUE(stage_.shows(onFrameLine(loupeAtStart), frameYellow, frameTolerance)) << velicor.log();
-  const xcb_window_t patch = stage_.painter().showColour({600, 360, 80, 80}, lightSkin);
+  ASSERT_TRUE(stage_.shows(loupeCentre, rgb(middleGrey)));
+  stage_.painter().map(patch);
   EXPECT_TRUE(stage_.shows(loupeCentre, onTheLine));
   stage_.painter().move(patch, 560, 360);
   EXPECT_TRUE(stage_.shows({675, 400}, rgb(middleGrey)));

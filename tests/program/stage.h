@@ -52,8 +52,8 @@ class Stage {
 inline constexpr DeviceRect loupeAtStart{553, 313, 175, 175};
 inline constexpr DevicePoint loupeCentre{640, 400};
 
-// The middle of the move chip of a loupe with this device rectangle at scale 1.
-inline DevicePoint moveChipOf(const DeviceRect& loupe) { return {loupe.right() - 13, loupe.y + 13}; }
+// A point on the move chip of a loupe with this device rectangle at scale 1, outside the corner, which would win.
+inline DevicePoint moveChipOf(const DeviceRect& loupe) { return {loupe.right() - 18, loupe.y + 18}; }
 
 // A pixel of the frame's line, between two handles, and the line's colours over middle grey: nearly opaque, and half
 // transparent when locked.
