@@ -8,6 +8,7 @@
 #include <QtGlobal>
 
 #include "platform/desktop/desktop.h"
+#include "platform/desktop/toolkit_loss.h"
 #include "platform/log/log.h"
 #include "platform/settings/settings.h"
 
@@ -32,6 +33,7 @@ ServerLoss::ServerLoss(desktop::Desktop& desktop, settings::Settings& settings)
   settingsToSave = &settings;
   toolkitMessages = qInstallMessageHandler(passOnMessages);
   watching = true;
+  desktop::toolkit::setLossHandler(endProcess);
   // The toolkit calls exit() when its connection breaks.
   static const int registered = std::atexit(endProcess);
   static_cast<void>(registered);
@@ -40,6 +42,7 @@ ServerLoss::ServerLoss(desktop::Desktop& desktop, settings::Settings& settings)
 ServerLoss::~ServerLoss() {
   settingsToSave = nullptr;
   watching = false;
+  desktop::toolkit::setLossHandler(nullptr);
   qInstallMessageHandler(toolkitMessages);
 }
 
