@@ -7,10 +7,10 @@
 #include <string>
 #include <thread>
 
-#include <QCoreApplication>
-#include <QCoroTask>
 #include <unistd.h>
 #include <xcb/shm.h>
+#include <QCoreApplication>
+#include <QCoroTask>
 
 #include "platform/dispatch/main_queue.h"
 #include "platform/screencapture/x11/server_memory.h"
@@ -73,10 +73,15 @@ struct Cost {
 
 class Bench {
  public:
-  explicit Bench(int windows) : service_(std::move(*makeX11Service(server_.name(), own_))), other_(server_.name()), ours_(server_.name()) {
+  explicit Bench(int windows)
+      : service_(std::move(*makeX11Service(server_.name(), own_))),
+        other_(server_.name()),
+        ours_(server_.name()) {
     ours_.joinOwn(own_);
-    for (int i = 0; i < windows - 1; ++i) other_.showPattern({120 + 150 * i, 150, 100, 300}, {i});
-    window_ = windows == 1 ? other_.showPattern({50, 50, 900, 600}, {7}) : other_.showPattern({50, 50, 500, 350}, {7});
+    for (int i = 0; i < windows - 1; ++i)
+      other_.showPattern({120 + 150 * i, 150, 100, 300}, {i});
+    window_ = windows == 1 ? other_.showPattern({50, 50, 900, 600}, {7})
+                           : other_.showPattern({50, 50, 500, 350}, {7});
     cover_ = ours_.showColour({80, 80, 700, 500}, test::magenta);
   }
 
@@ -101,8 +106,8 @@ class Bench {
     const double server = server_.program().cpuSeconds();
     const double client = threadSeconds("velicor.x11cap");
     animate(other_, window_, [] {});
-    const Cost cost{threadSeconds("velicor.x11cap") - client, server_.program().cpuSeconds() - server - baseline,
-                    counter->frames};
+    const Cost cost{threadSeconds("velicor.x11cap") - client,
+                    server_.program().cpuSeconds() - server - baseline, counter->frames};
     measureStill();
     return cost;
   }
@@ -116,8 +121,9 @@ class Bench {
     Cost cost;
     animate(other_, window_, [&] {
       const double before = thisThreadSeconds();
-      const auto cookie = xcb_shm_get_image(connection->raw(), connection->root(), region.x, region.y, region.width,
-                                            region.height, ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment->serverId(), 0);
+      const auto cookie =
+          xcb_shm_get_image(connection->raw(), connection->root(), region.x, region.y, region.width,
+                            region.height, ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment->serverId(), 0);
       if (connection->reply(xcb_shm_get_image_reply, cookie)) ++cost.frames;
       client += thisThreadSeconds() - before;
     });
@@ -153,8 +159,8 @@ class Bench {
 
 void print(const char* name, const Cost& cost) {
   const double frames = cost.frames > 0 ? cost.frames : 1;
-  std::printf("%-28s %4d frames  client %6.1f us  server %6.1f us\n", name, cost.frames, cost.client / frames * 1e6,
-              cost.server / frames * 1e6);
+  std::printf("%-28s %4d frames  client %6.1f us  server %6.1f us\n", name, cost.frames,
+              cost.client / frames * 1e6, cost.server / frames * 1e6);
 }
 
 }  // namespace

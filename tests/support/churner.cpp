@@ -32,16 +32,24 @@ class Churn {
       case 0:
         windows_.erase(windows_.begin() + static_cast<std::ptrdiff_t>(place));
         return client_.destroy(window);
-      case 1: return client_.unmap(window);
-      case 2: return client_.raise(window);
-      case 3: return client_.lower(window);
+      case 1:
+        return client_.unmap(window);
+      case 2:
+        return client_.raise(window);
+      case 3:
+        return client_.lower(window);
       case 4:
-      case 5: return client_.move(window, pick(600) - 50, pick(400) - 50);
+      case 5:
+        return client_.move(window, pick(600) - 50, pick(400) - 50);
       case 6:
-      case 7: return client_.resize(window, 20 + pick(250), 20 + pick(200));
-      case 8: return reshape(window);
-      case 9: return client_.setNumber(window, "_NET_WM_WINDOW_OPACITY", pick(2) ? 0xffffffff : 0x40000000);
-      default: return client_.map(window);
+      case 7:
+        return client_.resize(window, 20 + pick(250), 20 + pick(200));
+      case 8:
+        return reshape(window);
+      case 9:
+        return client_.setNumber(window, "_NET_WM_WINDOW_OPACITY", pick(2) ? 0xffffffff : 0x40000000);
+      default:
+        return client_.map(window);
     }
   }
 
@@ -49,8 +57,10 @@ class Churn {
   void create() {
     const bool alpha = pick(4) == 0;
     const DeviceRect place{pick(500), pick(300), 20 + pick(250), 20 + pick(200)};
-    const xcb_window_t window = client_.makeWindow(
-        place, {.managed = managed_ && pick(2) == 0, .border = pick(3) == 0 ? 4 : 0, .borderColour = 0x00ff00, .alpha = alpha});
+    const xcb_window_t window = client_.makeWindow(place, {.managed = managed_ && pick(2) == 0,
+                                                           .border = pick(3) == 0 ? 4 : 0,
+                                                           .borderColour = 0x00ff00,
+                                                           .alpha = alpha});
     if (alpha) {
       client_.setColour(window, 0x80402010);
     } else {
@@ -79,7 +89,8 @@ class Churn {
 int main(int argc, char** argv) {
   if (argc != 3) return EXIT_FAILURE;
   Churn churn(static_cast<unsigned>(std::atoi(argv[1])), std::string_view(argv[2]) == "managed");
-  for (auto next = std::chrono::steady_clock::now();; next = std::max(next + pace, std::chrono::steady_clock::now())) {
+  for (auto next = std::chrono::steady_clock::now();;
+       next = std::max(next + pace, std::chrono::steady_clock::now())) {
     std::this_thread::sleep_until(next);
     churn.step();
   }

@@ -11,5 +11,6 @@ int main(int argc, char** argv) {
   velicor::test::XClient client(std::getenv("DISPLAY"));
   client.showPattern({number(1), number(2), number(3), number(4)}, {number(5)});
   client.setNumber(client.root(), "VELICOR_PAINTER_" + std::to_string(number(5)), 1);
-  while (true) pause();
+  while (true)
+    pause();
 }

@@ -67,7 +67,8 @@ void XClient::joinOwn(velicor::x11::OwnClients& own) {
 std::uint32_t XClient::alphaVisual() {
   if (alphaVisual_ != 0) return alphaVisual_;
   auto depths = xcb_screen_allowed_depths_iterator(screen_);
-  while (depths.rem > 0 && depths.data->depth != 32) xcb_depth_next(&depths);
+  while (depths.rem > 0 && depths.data->depth != 32)
+    xcb_depth_next(&depths);
   alphaVisual_ = xcb_depth_visuals_iterator(depths.data).data->visual_id;
   alphaColours_ = xcb_generate_id(connection_);
   xcb_create_colormap(connection_, XCB_COLORMAP_ALLOC_NONE, alphaColours_, screen_->root, alphaVisual_);
@@ -83,7 +84,8 @@ xcb_window_t XClient::makeWindow(const DeviceRect& place, Look look) {
                     static_cast<std::int16_t>(place.x), static_cast<std::int16_t>(place.y),
                     static_cast<std::uint16_t>(place.width), static_cast<std::uint16_t>(place.height),
                     static_cast<std::uint16_t>(look.border), XCB_WINDOW_CLASS_INPUT_OUTPUT, visual,
-                    XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_COLORMAP, values);
+                    XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_OVERRIDE_REDIRECT | XCB_CW_COLORMAP,
+                    values);
   return window;
 }
 
@@ -148,8 +150,8 @@ xcb_pixmap_t XClient::patternPixmap(Pattern pattern) {
   // In strips: one request may be limited to 256 KiB.
   constexpr int strip = 32;
   for (int y = 0; y < tile; y += strip) {
-    xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, gc, tile, strip, 0, static_cast<std::int16_t>(y), 0,
-                  screen_->root_depth, strip * tile * 4,
+    xcb_put_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, pixmap, gc, tile, strip, 0,
+                  static_cast<std::int16_t>(y), 0, screen_->root_depth, strip * tile * 4,
                   reinterpret_cast<const std::uint8_t*>(&pixels[static_cast<std::size_t>(y) * tile]));
   }
   xcb_free_gc(connection_, gc);
@@ -220,7 +222,8 @@ void XClient::setNumber(xcb_window_t window, std::string_view property, std::uin
   setNumbers(window, property, {value});
 }
 
-void XClient::setNumbers(xcb_window_t window, std::string_view property, const std::vector<std::uint32_t>& values) {
+void XClient::setNumbers(xcb_window_t window, std::string_view property,
+                         const std::vector<std::uint32_t>& values) {
   xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_CARDINAL, 32,
                       static_cast<std::uint32_t>(values.size()), values.data());
   sync();
@@ -237,7 +240,8 @@ void XClient::clear(xcb_window_t window, std::string_view property) {
   sync();
 }
 
-xcb_window_t XClient::frame(xcb_window_t client, const DeviceRect& place, DevicePoint corner, std::uint32_t colour) {
+xcb_window_t XClient::frame(xcb_window_t client, const DeviceRect& place, DevicePoint corner,
+                            std::uint32_t colour) {
   const xcb_window_t frame = makeWindow(place);
   setColour(frame, colour);
   xcb_reparent_window(connection_, client, frame, static_cast<std::int16_t>(corner.x),
@@ -266,17 +270,19 @@ std::vector<std::uint32_t> XClient::screenImage(const DeviceRect& rect) const {
                     static_cast<std::uint16_t>(rect.height), ~0U),
       nullptr)};
   if (!reply) return {};
-  std::vector<std::uint32_t> pixels(static_cast<std::size_t>(rect.width) * static_cast<std::size_t>(rect.height));
+  std::vector<std::uint32_t> pixels(static_cast<std::size_t>(rect.width) *
+                                    static_cast<std::size_t>(rect.height));
   std::memcpy(pixels.data(), xcb_get_image_data(reply.value), pixels.size() * 4);
-  for (std::uint32_t& pixel : pixels) pixel &= 0xffffff;
+  for (std::uint32_t& pixel : pixels)
+    pixel &= 0xffffff;
   return pixels;
 }
 
 void XClient::shape(xcb_window_t window, const DeviceRect& only) {
   const xcb_rectangle_t area{static_cast<std::int16_t>(only.x), static_cast<std::int16_t>(only.y),
                              static_cast<std::uint16_t>(only.width), static_cast<std::uint16_t>(only.height)};
-  xcb_shape_rectangles(connection_, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, window, 0, 0,
-                       1, &area);
+  xcb_shape_rectangles(connection_, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED,
+                       window, 0, 0, 1, &area);
   sync();
 }
 
@@ -290,8 +296,8 @@ void XClient::setBackdrop(Pattern pattern) {
   const xcb_pixmap_t pixmap = patternPixmap(pattern);
   xcb_change_window_attributes(connection_, screen_->root, XCB_CW_BACK_PIXMAP, &pixmap);
   xcb_clear_area(connection_, 0, screen_->root, 0, 0, 0, 0);
-  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, screen_->root, atom("_XROOTPMAP_ID"), XCB_ATOM_PIXMAP, 32,
-                      1, &pixmap);
+  xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, screen_->root, atom("_XROOTPMAP_ID"),
+                      XCB_ATOM_PIXMAP, 32, 1, &pixmap);
   sync();
 }
 
@@ -345,7 +351,8 @@ bool XClient::waitForSelectionOwner(std::string_view selection, bool present) co
 
 xcb_atom_t XClient::atom(std::string_view name) const {
   const Freed<xcb_intern_atom_reply_t> reply{xcb_intern_atom_reply(
-      connection_, xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()), nullptr)};
+      connection_, xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+      nullptr)};
   return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 

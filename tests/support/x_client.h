@@ -40,7 +40,7 @@ class XClient {
     bool managed = false;  // false: the window manager leaves it alone
     int border = 0;
     std::uint32_t borderColour = 0;
-    bool alpha = false;    // a 32-bit visual
+    bool alpha = false;  // a 32-bit visual
   };
 
   // Unmapped. The position is the outer corner's.
@@ -49,7 +49,9 @@ class XClient {
 
   // Mapped, and the server has done it; managed windows have their frame.
   xcb_window_t showPattern(const DeviceRect& place, Pattern pattern, Look look);
-  xcb_window_t showPattern(const DeviceRect& place, Pattern pattern) { return showPattern(place, pattern, Look{}); }
+  xcb_window_t showPattern(const DeviceRect& place, Pattern pattern) {
+    return showPattern(place, pattern, Look{});
+  }
   xcb_window_t showColour(const DeviceRect& place, std::uint32_t colour);
 
   void setPattern(xcb_window_t window, Pattern pattern);
@@ -68,8 +70,8 @@ class XClient {
   void clear(xcb_window_t window, std::string_view property);
   void shape(xcb_window_t window, const DeviceRect& only);
 
-  // Does what a window manager does: puts the client, at a corner, into a mapped frame of one colour, and says
-  // that it is a client.
+  // Does what a window manager does: puts the client, at a corner, into a mapped frame of one colour, and
+  // says that it is a client.
   xcb_window_t frame(xcb_window_t client, const DeviceRect& place, DevicePoint corner, std::uint32_t colour);
 
   // Becomes what programs take for the compositing manager, without composing anything; until the client goes

@@ -18,7 +18,8 @@ namespace {
 
 std::vector<char*> pointers(const std::vector<std::string>& texts) {
   std::vector<char*> result;
-  for (const std::string& text : texts) result.push_back(const_cast<char*>(text.c_str()));
+  for (const std::string& text : texts)
+    result.push_back(const_cast<char*>(text.c_str()));
   result.push_back(nullptr);
   return result;
 }
@@ -37,7 +38,8 @@ std::vector<std::string> environmentFor(const std::string& display) {
 
 std::vector<std::string> serverArguments(int readyFile, const std::string& screen,
                                          const std::vector<std::string>& more) {
-  std::vector<std::string> arguments{"Xvfb",   "-displayfd", std::to_string(readyFile), "-screen", "0", screen,
+  std::vector<std::string> arguments{"Xvfb",     "-displayfd", std::to_string(readyFile),
+                                     "-screen",  "0",          screen,
                                      "-noreset", "-nolisten",  "tcp"};
   arguments.insert(arguments.end(), more.begin(), more.end());
   return arguments;
@@ -55,8 +57,8 @@ Program::Program(const std::vector<std::string>& arguments, const std::string& d
   // A test that crashes takes its servers and managers along.
   std::vector<std::string> command{"setpriv", "--pdeathsig", "KILL", "--"};
   command.insert(command.end(), arguments.begin(), arguments.end());
-  const int result = posix_spawnp(&process_, command.front().c_str(), &actions, nullptr, pointers(command).data(),
-                                  pointers(environment).data());
+  const int result = posix_spawnp(&process_, command.front().c_str(), &actions, nullptr,
+                                  pointers(command).data(), pointers(environment).data());
   posix_spawn_file_actions_destroy(&actions);
   if (result != 0) throw std::runtime_error("can't start " + arguments.front());
 }
@@ -98,7 +100,8 @@ XServer::Pipe::~Pipe() {
 std::string XServer::Pipe::readNumber() const {
   std::string text;
   char letter = 0;
-  while (read(ends[0], &letter, 1) == 1 && letter != '\n') text += letter;
+  while (read(ends[0], &letter, 1) == 1 && letter != '\n')
+    text += letter;
   return text;
 }
 

@@ -65,7 +65,8 @@ class XServer {
 // Programs that are started the way users have them. They return when the program does its work.
 class WindowManager : public Program {
  public:
-  explicit WindowManager(const XServer& server, const std::vector<std::string>& command = {"openbox", "--sm-disable"});
+  explicit WindowManager(const XServer& server,
+                         const std::vector<std::string>& command = {"openbox", "--sm-disable"});
 };
 
 // Another process with one window that shows a pattern; returns when that is mapped.
@@ -74,8 +75,8 @@ class Painter : public Program {
   Painter(const XServer& server, const DeviceRect& place, int seed);
 };
 
-// Another process that makes windows, changes them in every way there is and destroys them, 200 times a second,
-// within the top left 700 x 500 pixels. Managed: with the window manager's help where it likes.
+// Another process that makes windows, changes them in every way there is and destroys them, 200 times a
+// second, within the top left 700 x 500 pixels. Managed: with the window manager's help where it likes.
 class Churner : public Program {
  public:
   Churner(const XServer& server, int seed, bool managed);

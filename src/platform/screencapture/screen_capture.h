@@ -1,12 +1,12 @@
 #pragma once
 
+#include <sys/types.h>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <sys/types.h>
 #include <vector>
 
 #include <QCoroTask>
@@ -25,11 +25,11 @@ namespace velicor::screencapture {
 inline constexpr std::string_view errorDomain = "velicor.screencapture";
 
 enum ErrorCode : int {
-  userDeclined = -3801,       // the server refuses us the right to read other programs' windows
-  displayUnavailable = -3802, // no such monitor, or it went away
-  connectionLost = -3803,     // the X server is gone
-  unsupportedScreen = -3804,  // a pixel layout that is not decoded
-  serverRefused = -3805,      // a request that should have worked was refused; the description tells which
+  userDeclined = -3801,        // the server refuses us the right to read other programs' windows
+  displayUnavailable = -3802,  // no such monitor, or it went away
+  connectionLost = -3803,      // the X server is gone
+  unsupportedScreen = -3804,   // a pixel layout that is not decoded
+  serverRefused = -3805,       // a request that should have worked was refused; the description tells which
 };
 
 struct Display {
@@ -76,7 +76,8 @@ struct StreamConfiguration {
   DisplayRect sourceRect;  // what is captured, in points of the display
   int width = 0;           // size of the frames in pixels
   int height = 0;
-  double pixelsPerPoint = 0;  // the display's scale; 0: width / sourceRect.width, which is off where it rounds
+  double pixelsPerPoint =
+      0;  // the display's scale; 0: width / sourceRect.width, which is off where it rounds
   PixelFormat pixelFormat = PixelFormat::bgra32;
   ColorSpace colorSpace = ColorSpace::sRGB;
   FrameInterval minimumFrameInterval;

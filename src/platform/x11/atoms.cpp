@@ -27,9 +27,11 @@ xcb_atom_t answer(xcb_connection_t* connection, xcb_intern_atom_cookie_t cookie)
 
 Atoms::Atoms(xcb_connection_t* connection, int screenNumber) {
   std::array<xcb_intern_atom_cookie_t, names.size()> cookies{};
-  for (std::size_t i = 0; i < names.size(); ++i) cookies[i] = ask(connection, names[i]);
+  for (std::size_t i = 0; i < names.size(); ++i)
+    cookies[i] = ask(connection, names[i]);
   const auto selection = ask(connection, "_NET_WM_CM_S" + std::to_string(screenNumber));
-  for (std::size_t i = 0; i < names.size(); ++i) values_[i] = answer(connection, cookies[i]);
+  for (std::size_t i = 0; i < names.size(); ++i)
+    values_[i] = answer(connection, cookies[i]);
   compositorSelection_ = answer(connection, selection);
 }
 

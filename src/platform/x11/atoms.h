@@ -9,37 +9,37 @@
 namespace velicor::x11 {
 
 // Every atom that this process uses by name: the C++ name and the server's, in one list.
-#define VELICOR_X11_ATOMS(ATOM)                              \
-  ATOM(esetrootPixmapId, "ESETROOT_PMAP_ID")                 \
-  ATOM(manager, "MANAGER")                                   \
-  ATOM(netActiveWindow, "_NET_ACTIVE_WINDOW")                \
-  ATOM(netClientList, "_NET_CLIENT_LIST")                    \
-  ATOM(netClientListStacking, "_NET_CLIENT_LIST_STACKING")   \
-  ATOM(netCurrentDesktop, "_NET_CURRENT_DESKTOP")            \
-  ATOM(netFrameExtents, "_NET_FRAME_EXTENTS")                \
-  ATOM(netSupported, "_NET_SUPPORTED")                       \
-  ATOM(netSupportingWmCheck, "_NET_SUPPORTING_WM_CHECK")     \
-  ATOM(netWmBypassCompositor, "_NET_WM_BYPASS_COMPOSITOR")   \
-  ATOM(netWmDesktop, "_NET_WM_DESKTOP")                      \
-  ATOM(netWmName, "_NET_WM_NAME")                            \
-  ATOM(netWmPid, "_NET_WM_PID")                              \
-  ATOM(netWmState, "_NET_WM_STATE")                          \
-  ATOM(netWmStateAbove, "_NET_WM_STATE_ABOVE")               \
-  ATOM(netWmStateFullscreen, "_NET_WM_STATE_FULLSCREEN")     \
-  ATOM(netWmStateHidden, "_NET_WM_STATE_HIDDEN")             \
-  ATOM(netWmStateSkipPager, "_NET_WM_STATE_SKIP_PAGER")      \
-  ATOM(netWmStateSkipTaskbar, "_NET_WM_STATE_SKIP_TASKBAR")  \
-  ATOM(netWmStrut, "_NET_WM_STRUT")                          \
-  ATOM(netWmStrutPartial, "_NET_WM_STRUT_PARTIAL")           \
-  ATOM(netWmUserTime, "_NET_WM_USER_TIME")                   \
-  ATOM(netWmWindowOpacity, "_NET_WM_WINDOW_OPACITY")         \
-  ATOM(netWmWindowType, "_NET_WM_WINDOW_TYPE")               \
+#define VELICOR_X11_ATOMS(ATOM)                               \
+  ATOM(esetrootPixmapId, "ESETROOT_PMAP_ID")                  \
+  ATOM(manager, "MANAGER")                                    \
+  ATOM(netActiveWindow, "_NET_ACTIVE_WINDOW")                 \
+  ATOM(netClientList, "_NET_CLIENT_LIST")                     \
+  ATOM(netClientListStacking, "_NET_CLIENT_LIST_STACKING")    \
+  ATOM(netCurrentDesktop, "_NET_CURRENT_DESKTOP")             \
+  ATOM(netFrameExtents, "_NET_FRAME_EXTENTS")                 \
+  ATOM(netSupported, "_NET_SUPPORTED")                        \
+  ATOM(netSupportingWmCheck, "_NET_SUPPORTING_WM_CHECK")      \
+  ATOM(netWmBypassCompositor, "_NET_WM_BYPASS_COMPOSITOR")    \
+  ATOM(netWmDesktop, "_NET_WM_DESKTOP")                       \
+  ATOM(netWmName, "_NET_WM_NAME")                             \
+  ATOM(netWmPid, "_NET_WM_PID")                               \
+  ATOM(netWmState, "_NET_WM_STATE")                           \
+  ATOM(netWmStateAbove, "_NET_WM_STATE_ABOVE")                \
+  ATOM(netWmStateFullscreen, "_NET_WM_STATE_FULLSCREEN")      \
+  ATOM(netWmStateHidden, "_NET_WM_STATE_HIDDEN")              \
+  ATOM(netWmStateSkipPager, "_NET_WM_STATE_SKIP_PAGER")       \
+  ATOM(netWmStateSkipTaskbar, "_NET_WM_STATE_SKIP_TASKBAR")   \
+  ATOM(netWmStrut, "_NET_WM_STRUT")                           \
+  ATOM(netWmStrutPartial, "_NET_WM_STRUT_PARTIAL")            \
+  ATOM(netWmUserTime, "_NET_WM_USER_TIME")                    \
+  ATOM(netWmWindowOpacity, "_NET_WM_WINDOW_OPACITY")          \
+  ATOM(netWmWindowType, "_NET_WM_WINDOW_TYPE")                \
   ATOM(netWmWindowTypeDesktop, "_NET_WM_WINDOW_TYPE_DESKTOP") \
-  ATOM(netWmWindowTypeDock, "_NET_WM_WINDOW_TYPE_DOCK")      \
+  ATOM(netWmWindowTypeDock, "_NET_WM_WINDOW_TYPE_DOCK")       \
   ATOM(netWmWindowTypeUtility, "_NET_WM_WINDOW_TYPE_UTILITY") \
-  ATOM(netWorkarea, "_NET_WORKAREA")                         \
-  ATOM(utf8String, "UTF8_STRING")                            \
-  ATOM(wmState, "WM_STATE")                                  \
+  ATOM(netWorkarea, "_NET_WORKAREA")                          \
+  ATOM(utf8String, "UTF8_STRING")                             \
+  ATOM(wmState, "WM_STATE")                                   \
   ATOM(xrootPixmapId, "_XROOTPMAP_ID")
 
 enum class Atom : std::size_t {

@@ -11,7 +11,8 @@ void ClientSet::add(std::uint32_t base, std::uint32_t mask) {
 }
 
 void ClientSet::merge(const ClientSet& other) {
-  for (const std::uint32_t base : other.bases_) add(base, other.mask_);
+  for (const std::uint32_t base : other.bases_)
+    add(base, other.mask_);
 }
 
 bool ClientSet::made(std::uint32_t xid) const {

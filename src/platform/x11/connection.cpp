@@ -26,9 +26,9 @@ std::string hexadecimal(std::uint32_t value) {
 
 // The extension's name and the error's number within it, for errors beyond the core protocol.
 std::string extensionErrorName(const Extensions& all, std::uint8_t code) {
-  const std::pair<const char*, const Extension*> table[] = {
-      {"Damage", &all.damage}, {"XFixes", &all.fixes},  {"XInput", &all.input}, {"RandR", &all.randr},
-      {"Render", &all.render}, {"MIT-SHM", &all.shm}};
+  const std::pair<const char*, const Extension*> table[] = {{"Damage", &all.damage}, {"XFixes", &all.fixes},
+                                                            {"XInput", &all.input},  {"RandR", &all.randr},
+                                                            {"Render", &all.render}, {"MIT-SHM", &all.shm}};
   const std::pair<const char*, const Extension*>* best = nullptr;
   for (const auto& entry : table) {
     const bool candidate = entry.second->present && entry.second->firstError <= code;
@@ -112,9 +112,11 @@ Owned<xcb_generic_event_t> Connection::nextEvent() {
 }
 
 std::string Connection::describe(const xcb_generic_error_t& error) const {
-  const char* label = error.error_code < firstExtensionError ? xcb_event_get_error_label(error.error_code) : nullptr;
+  const char* label =
+      error.error_code < firstExtensionError ? xcb_event_get_error_label(error.error_code) : nullptr;
   const std::string what = label ? label : extensionErrorName(extensions_, error.error_code);
-  return what + " from " + requestName(extensions_, error) + " (resource " + hexadecimal(error.resource_id) + ")";
+  return what + " from " + requestName(extensions_, error) + " (resource " + hexadecimal(error.resource_id) +
+         ")";
 }
 
 Error Connection::explain(Owned<xcb_generic_error_t> error) {

@@ -21,8 +21,8 @@ namespace velicor::x11 {
 inline constexpr std::string_view errorDomain = "velicor.x11";
 
 enum ErrorCode : int {
-  noServer = -1,         // no display named, or nobody answers there
-  connectionLost = -2,   // the server went away, or ended the connection
+  noServer = -1,        // no display named, or nobody answers there
+  connectionLost = -2,  // the server went away, or ended the connection
 };
 
 // The event's kind, without the mark of events that a client sent.

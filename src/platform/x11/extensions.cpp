@@ -39,7 +39,8 @@ void agree(xcb_connection_t* connection, Extension& extension, Cookie cookie,
   extension.minorVersion = static_cast<std::uint32_t>(reply->minor_version);
 }
 
-void agreeResource(xcb_connection_t* connection, Extension& extension, xcb_res_query_version_cookie_t cookie) {
+void agreeResource(xcb_connection_t* connection, Extension& extension,
+                   xcb_res_query_version_cookie_t cookie) {
   xcb_generic_error_t* error = nullptr;
   const Owned<xcb_res_query_version_reply_t> reply(xcb_res_query_version_reply(connection, cookie, &error));
   const Owned<xcb_generic_error_t> ownedError(error);
@@ -90,9 +91,11 @@ void agreeOnVersions(xcb_connection_t* c, Extensions& all) {
 }  // namespace
 
 Extensions negotiateExtensions(xcb_connection_t* connection) {
-  xcb_extension_t* const ids[] = {&xcb_composite_id, &xcb_damage_id, &xcb_xfixes_id, &xcb_input_id, &xcb_randr_id,
-                                  &xcb_render_id,    &xcb_res_id,    &xcb_shape_id,  &xcb_shm_id};
-  for (xcb_extension_t* id : ids) xcb_prefetch_extension_data(connection, id);
+  xcb_extension_t* const ids[] = {&xcb_composite_id, &xcb_damage_id, &xcb_xfixes_id,
+                                  &xcb_input_id,     &xcb_randr_id,  &xcb_render_id,
+                                  &xcb_res_id,       &xcb_shape_id,  &xcb_shm_id};
+  for (xcb_extension_t* id : ids)
+    xcb_prefetch_extension_data(connection, id);
   constexpr std::string_view bridge = "XWAYLAND";
   const auto bridgeCookie =
       xcb_query_extension(connection, static_cast<std::uint16_t>(bridge.size()), bridge.data());

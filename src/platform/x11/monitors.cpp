@@ -17,7 +17,8 @@ Result<std::vector<Monitor>> wholeRoot(Connection& connection) {
 void nameMonitors(Connection& connection, std::vector<Monitor>& monitors) {
   std::vector<xcb_get_atom_name_cookie_t> cookies;
   cookies.reserve(monitors.size());
-  for (const Monitor& monitor : monitors) cookies.push_back(xcb_get_atom_name(connection.raw(), monitor.id));
+  for (const Monitor& monitor : monitors)
+    cookies.push_back(xcb_get_atom_name(connection.raw(), monitor.id));
   for (std::size_t i = 0; i < monitors.size(); ++i) {
     const auto name = connection.reply(xcb_get_atom_name_reply, cookies[i]);
     if (!name) continue;

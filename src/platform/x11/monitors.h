@@ -23,8 +23,8 @@ struct Monitor {
 // whole root window, with the root window's identifier as its own. Two round trips.
 Result<std::vector<Monitor>> readMonitors(Connection& connection);
 
-// Asks for events when monitors come, go or change; isMonitorChange() knows them. A monitor that is defined or
-// deleted by hand shows only as a ConfigureNotify of the root window, for which the connection must have
+// Asks for events when monitors come, go or change; isMonitorChange() knows them. A monitor that is defined
+// or deleted by hand shows only as a ConfigureNotify of the root window, for which the connection must have
 // selected StructureNotify there.
 void watchMonitors(Connection& connection);
 bool isMonitorChange(const Connection& connection, const xcb_generic_event_t& event);

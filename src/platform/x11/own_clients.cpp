@@ -22,8 +22,8 @@ void OwnClients::add(xcb_connection_t* connection) {
 
 void OwnClients::remove(std::uint32_t base) {
   const std::scoped_lock guard(mutex_);
-  const auto entry =
-      std::find_if(clients_.begin(), clients_.end(), [base](const Client& client) { return client.base == base; });
+  const auto entry = std::find_if(clients_.begin(), clients_.end(),
+                                  [base](const Client& client) { return client.base == base; });
   if (entry == clients_.end()) return;
   clients_.erase(entry);
   generation_.fetch_add(1, std::memory_order_release);
@@ -32,7 +32,8 @@ void OwnClients::remove(std::uint32_t base) {
 ClientSet OwnClients::snapshot() const {
   const std::scoped_lock guard(mutex_);
   ClientSet set;
-  for (const Client& client : clients_) set.add(client.base, client.mask);
+  for (const Client& client : clients_)
+    set.add(client.base, client.mask);
   return set;
 }
 

@@ -9,7 +9,8 @@ constexpr std::uint32_t longestInWords = 16384;
 }  // namespace
 
 xcb_get_property_cookie_t askProperty(Connection& connection, xcb_window_t window, xcb_atom_t property) {
-  return xcb_get_property(connection.raw(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, longestInWords);
+  return xcb_get_property(connection.raw(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0,
+                          longestInWords);
 }
 
 std::vector<std::uint32_t> propertyNumbers(Connection& connection, xcb_get_property_cookie_t cookie) {

@@ -23,7 +23,9 @@ std::string refusal() {
 
 }  // namespace
 
-SessionEnvironment sessionEnvironment() { return {variable("XDG_SESSION_TYPE"), variable("WAYLAND_DISPLAY")}; }
+SessionEnvironment sessionEnvironment() {
+  return {variable("XDG_SESSION_TYPE"), variable("WAYLAND_DISPLAY")};
+}
 
 std::optional<std::string> waylandRefusal(const SessionEnvironment& environment) {
   const bool wayland = environment.sessionType == "wayland" || !environment.waylandDisplay.empty();
@@ -33,9 +35,9 @@ std::optional<std::string> waylandRefusal(const SessionEnvironment& environment)
 std::optional<std::string> waylandRefusal(Connection& connection) {
   if (connection.extensions().xwayland) return refusal();
   const auto monitors = readMonitors(connection);
-  const bool bridged = monitors && std::any_of(monitors->begin(), monitors->end(), [](const Monitor& monitor) {
-                         return monitor.name.starts_with("XWAYLAND");
-                       });
+  const bool bridged =
+      monitors && std::any_of(monitors->begin(), monitors->end(),
+                              [](const Monitor& monitor) { return monitor.name.starts_with("XWAYLAND"); });
   return bridged ? std::optional(refusal()) : std::nullopt;
 }
 

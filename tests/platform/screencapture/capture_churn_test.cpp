@@ -12,7 +12,8 @@
 
 // A program that changes its windows 200 times a second in every way there is, held still now and then: the
 // model that has followed all its events must then show what the server shows and what a service shows that
-// has just begun. VELICOR_LONG_TESTS in the environment: ten seconds and twenty comparisons, else three and six.
+// has just begun. VELICOR_LONG_TESTS in the environment: ten seconds and twenty comparisons, else three and
+// six.
 namespace velicor::screencapture::test {
 namespace {
 
@@ -53,8 +54,8 @@ class CaptureUnderChurn : public testing::TestWithParam<bool> {
     return wrong;
   }
 
-  // What the server keeps for our connections, by kind. Without the frames' memory: a stream takes up to three
-  // segments when it needs them, and keeps them.
+  // What the server keeps for our connections, by kind. Without the frames' memory: a stream takes up to
+  // three segments when it needs them, and keeps them.
   std::map<std::string, unsigned> resources() {
     xcb_connection_t* const raw = bench_.other.raw();
     std::map<std::string, unsigned> counts;
@@ -80,7 +81,8 @@ class CaptureUnderChurn : public testing::TestWithParam<bool> {
     xcb_connection_t* const raw = bench_.other.raw();
     const x11::Owned<xcb_get_atom_name_reply_t> name(
         xcb_get_atom_name_reply(raw, xcb_get_atom_name(raw, atom), nullptr));
-    return {xcb_get_atom_name_name(name.get()), static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get()))};
+    return {xcb_get_atom_name_name(name.get()),
+            static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get()))};
   }
 
   Bench bench_;
@@ -109,7 +111,8 @@ TEST_P(CaptureUnderChurn, NeverDriftsFromTheServer) {
       churner.resume();
     }
   }
-  for (const Frame& frame : bench_.receiver->frames()) EXPECT_EQ(frame.count(magenta), 0);
+  for (const Frame& frame : bench_.receiver->frames())
+    EXPECT_EQ(frame.count(magenta), 0);
   bench_.receiver->waitForQuiet();
   EXPECT_EQ(resources(), before);
 }

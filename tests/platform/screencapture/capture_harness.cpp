@@ -118,7 +118,8 @@ std::optional<Error> Receiver::waitForStop() {
 std::size_t Receiver::waitForQuiet(std::chrono::milliseconds duration) {
   std::unique_lock lock(mutex_);
   std::size_t seen = frames_.size();
-  while (changed_.wait_for(lock, duration, [&] { return frames_.size() != seen; })) seen = frames_.size();
+  while (changed_.wait_for(lock, duration, [&] { return frames_.size() != seen; }))
+    seen = frames_.size();
   return seen;
 }
 
@@ -144,8 +145,8 @@ ContentFilter Bench::filter(bool excludingOurs) {
 
 StreamConfiguration Bench::configuration(const DeviceRect& rect, int rate) {
   StreamConfiguration result;
-  result.sourceRect = {static_cast<double>(rect.x), static_cast<double>(rect.y), static_cast<double>(rect.width),
-                       static_cast<double>(rect.height)};
+  result.sourceRect = {static_cast<double>(rect.x), static_cast<double>(rect.y),
+                       static_cast<double>(rect.width), static_cast<double>(rect.height)};
   result.width = rect.width;
   result.height = rect.height;
   result.minimumFrameInterval = {1, rate};
@@ -180,10 +181,13 @@ Frame Bench::freshFrame(const DeviceRect& rect) {
 bool Bench::shows(const Picture& picture, DevicePoint corner, const std::function<void()>& change) {
   const std::size_t before = receiver->waitForQuiet(std::chrono::milliseconds(120));
   change();
-  return receiver->waitForFrame(before - std::min<std::size_t>(before, 1), [&](const Frame& frame) { return frame.wrongPixels(picture, corner) == 0; });
+  return receiver->waitForFrame(before - std::min<std::size_t>(before, 1),
+                                [&](const Frame& frame) { return frame.wrongPixels(picture, corner) == 0; });
 }
 
-xcb_window_t coverWithOurs(Bench& bench, const DeviceRect& place) { return bench.ours.showColour(place, magenta); }
+xcb_window_t coverWithOurs(Bench& bench, const DeviceRect& place) {
+  return bench.ours.showColour(place, magenta);
+}
 
 Picture patternAt(const DeviceRect& window, Pattern pattern, Picture beneath) {
   return [=](int x, int y) {

@@ -92,7 +92,8 @@ TEST(ServerMemory, ReceivesPicturesBothWays) {
                                               XCB_IMAGE_FORMAT_Z_PIXMAP, segment->serverId(), 0)));
     Frame frame{200, 100, std::vector<std::uint32_t>(200 * 100)};
     std::memcpy(frame.pixels.data(), segment->bytes(), 200 * 100 * 4);
-    for (std::uint32_t& pixel : frame.pixels) pixel &= 0xffffff;
+    for (std::uint32_t& pixel : frame.pixels)
+      pixel &= 0xffffff;
     EXPECT_EQ(frame.wrongPixels(patternAt({0, 0, 200, 100}, {2}, plain(0)), {0, 0}), 0);
     memory.retire(*segment);
   }

@@ -38,8 +38,10 @@ TEST_F(CaptureUnderManagers, ShowsWhatIsPaintedOfAComposedFrame) {
   const Picture content = patternAt(clientRect, {2}, plain(frameColour));
 
   const auto stream = bench_.start(region_);
-  EXPECT_TRUE(bench_.shows(within(frameRect, content, backdrop_), corner_, [] {})) << "as the server shows it";
-  EXPECT_TRUE(bench_.shows(within(painted, content, backdrop_), corner_, [&] { other.takeSelection(compositor); }));
+  EXPECT_TRUE(bench_.shows(within(frameRect, content, backdrop_), corner_, [] {}))
+      << "as the server shows it";
+  EXPECT_TRUE(
+      bench_.shows(within(painted, content, backdrop_), corner_, [&] { other.takeSelection(compositor); }));
 
   const DeviceRect hole{150, 150, 60, 50};
   const Picture rim = within(clientRect, backdrop_, plain(frameColour));
@@ -56,7 +58,8 @@ TEST_F(CaptureUnderManagers, ShowsWhatIsPaintedOfAComposedFrame) {
   const DeviceRect holeThen = hole.translatedBy(15, 35);
   const Picture contentThen = patternAt(clientThen, {2}, plain(frameColour));
   const Picture rimThen = within(clientThen, backdrop_, plain(frameColour));
-  EXPECT_TRUE(bench_.shows(within(holeThen, contentThen, within(paintedThen, rimThen, backdrop_)), corner_, [] {}));
+  EXPECT_TRUE(
+      bench_.shows(within(holeThen, contentThen, within(paintedThen, rimThen, backdrop_)), corner_, [] {}));
   EXPECT_EQ(bench_.freshFrame(region_), bench_.receiver->frames().back());
 }
 
@@ -69,7 +72,8 @@ TEST_F(CaptureUnderManagers, LeavesOutWhatIsKeptBack) {
   const auto becomes = [&](const Picture& picture, const std::function<void()>& change) {
     return bench_.shows(picture, corner_, change);
   };
-  EXPECT_TRUE(becomes(backdrop_, [&] { other.setNumber(window, "_NET_WM_STATE", other.atom("_NET_WM_STATE_HIDDEN")); }));
+  EXPECT_TRUE(becomes(backdrop_,
+                      [&] { other.setNumber(window, "_NET_WM_STATE", other.atom("_NET_WM_STATE_HIDDEN")); }));
   EXPECT_TRUE(becomes(shown, [&] { other.clear(window, "_NET_WM_STATE"); }));
   other.setNumber(other.root(), "_NET_CURRENT_DESKTOP", 0);
   EXPECT_TRUE(becomes(backdrop_, [&] { other.setNumber(window, "_NET_WM_DESKTOP", 1); }));
@@ -127,7 +131,8 @@ TEST_P(CaptureUnderAnyManager, ShowsWhatTheServerShows) {
   const auto isTheScreen = [&](const Frame& frame) { return frame.pixels == bench.other.screenImage(all); };
   const auto follows = [&](const char* what) {
     const std::size_t settled = bench.receiver->waitForQuiet();
-    EXPECT_TRUE(bench.receiver->waitForFrame(settled - std::min<std::size_t>(settled, 1), isTheScreen)) << what;
+    EXPECT_TRUE(bench.receiver->waitForFrame(settled - std::min<std::size_t>(settled, 1), isTheScreen))
+        << what;
     EXPECT_TRUE(isTheScreen(bench.freshFrame(all))) << what;
   };
   follows("a window that was there");
@@ -156,13 +161,16 @@ TEST(StackWatcher, TellsOncePerVisualWhatItCanNotDecode) {
   StackWatcher watcher(**connection, none);
   for (int i = 0; i < 2; ++i) {
     other.showPattern({10, 10, 50, 50}, {i});
-    while (const auto event = (*connection)->nextEvent()) watcher.take(*event);
-    while (watcher.isOutdated()) watcher.refresh();
+    while (const auto event = (*connection)->nextEvent())
+      watcher.take(*event);
+    while (watcher.isOutdated())
+      watcher.refresh();
   }
   ASSERT_EQ(watcher.stack().bottomToTop().size(), 2u);
   EXPECT_FALSE(watcher.stack().bottomToTop().back()->drawable);
-  EXPECT_EQ(log.lines(), std::vector{"x11 error: windows of visual " + std::to_string(other.screen().root_visual) +
-                                     " are not captured: the X server can't convert their pixels"});
+  EXPECT_EQ(log.lines(),
+            std::vector{"x11 error: windows of visual " + std::to_string(other.screen().root_visual) +
+                        " are not captured: the X server can't convert their pixels"});
 }
 
 }  // namespace

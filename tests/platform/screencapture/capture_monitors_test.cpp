@@ -21,7 +21,8 @@ class CapturedMonitors : public testing::Test {
  protected:
   CapturedMonitors() {
     bench_.other.setBackdrop({1});
-    for (const Watched& monitor : monitors_) bench_.other.defineMonitor(monitor.name, monitor.place, monitor.place.x == 0);
+    for (const Watched& monitor : monitors_)
+      bench_.other.defineMonitor(monitor.name, monitor.place, monitor.place.x == 0);
     bench_.other.showPattern({350, 50, 600, 500}, {2});
     coverWithOurs(bench_, {380, 80, 500, 300});
   }
@@ -30,7 +31,8 @@ class CapturedMonitors : public testing::Test {
     const Display display{bench_.other.atom(monitor.name)};
     // More than the monitor has: what lies beside it is black.
     const DeviceRect rect{-20, -20, monitor.place.width + 40, monitor.place.height + 40};
-    monitor.stream = bench_.service->makeStream({display, {{getpid(), {}}}}, Bench::configuration(rect, 60), monitor.receiver);
+    monitor.stream = bench_.service->makeStream({display, {{getpid(), {}}}}, Bench::configuration(rect, 60),
+                                                monitor.receiver);
     EXPECT_TRUE(monitor.stream->addStreamOutput(monitor.receiver, OutputType::screen, bench_.queue));
     return Bench::await(monitor.stream->startCapture());
   }
@@ -53,20 +55,23 @@ class CapturedMonitors : public testing::Test {
   }
 
   Bench bench_;
-  std::array<Watched, 3> monitors_{
-      Watched{"wide", {0, 100, 500, 300}}, Watched{"low", {500, 250, 300, 400}}, Watched{"apart", {900, 0, 300, 200}}};
+  std::array<Watched, 3> monitors_{Watched{"wide", {0, 100, 500, 300}}, Watched{"low", {500, 250, 300, 400}},
+                                   Watched{"apart", {900, 0, 300, 200}}};
 };
 
 TEST_F(CapturedMonitors, ShowTheirOwnPartOnly) {
-  for (Watched& monitor : monitors_) ASSERT_TRUE(start(monitor)) << monitor.name;
+  for (Watched& monitor : monitors_)
+    ASSERT_TRUE(start(monitor)) << monitor.name;
   for (const Watched& monitor : monitors_) {
     EXPECT_TRUE(shows(monitor, 0, monitor.place)) << monitor.name;
-    for (const Frame& frame : monitor.receiver->frames()) EXPECT_EQ(frame.count(magenta), 0);
+    for (const Frame& frame : monitor.receiver->frames())
+      EXPECT_EQ(frame.count(magenta), 0);
   }
 }
 
 TEST_F(CapturedMonitors, EndAndComeBackOneByOne) {
-  for (Watched& monitor : monitors_) ASSERT_TRUE(start(monitor));
+  for (Watched& monitor : monitors_)
+    ASSERT_TRUE(start(monitor));
   Watched& apart = monitors_[2];
   Watched& low = monitors_[1];
   apart.receiver->framesFrom(0, 1);

@@ -33,7 +33,8 @@ TEST_P(CapturedPicture, IsExactAndNeverShowsOurs) {
   const DeviceRect largeRect{corner.x, corner.y, 400, 400};
   const DeviceRect front{150, 60, 130, 300};
   bench_.other.showPattern(front, {3});
-  const Picture expected = patternAt(front, {3}, patternAt(largeRect, {2}, patternAt({0, 0, 1280, 800}, {1}, plain(0))));
+  const Picture expected =
+      patternAt(front, {3}, patternAt(largeRect, {2}, patternAt({0, 0, 1280, 800}, {1}, plain(0))));
 
   const xcb_window_t cover = coverWithOurs(bench_, {80, 80, 400, 300});
   if (managed) {
@@ -50,7 +51,8 @@ TEST_P(CapturedPicture, IsExactAndNeverShowsOurs) {
   bench_.receiver->waitForQuiet();
   const auto frames = bench_.receiver->frames();
   ASSERT_FALSE(frames.empty());
-  for (const Frame& frame : frames) EXPECT_EQ(frame.count(magenta) + frame.count(0xff01ff), 0);
+  for (const Frame& frame : frames)
+    EXPECT_EQ(frame.count(magenta) + frame.count(0xff01ff), 0);
   EXPECT_EQ(frames.front().wrongPixels(expected, {100, 100}), 0);
   EXPECT_EQ(frames.back().wrongPixels(expected, {100, 100}), 0);
 }
@@ -72,7 +74,8 @@ TEST(CaptureStream, FollowsEveryChangeInTheNextFrame) {
   const auto stream = bench.start(region, 60);
   const Picture backdrop = patternAt({0, 0, 1280, 800}, {1}, plain(0));
 
-  const auto expectNext = [&](const char* what, const std::function<void()>& change, const Picture& expected) {
+  const auto expectNext = [&](const char* what, const std::function<void()>& change,
+                              const Picture& expected) {
     const std::size_t before = bench.receiver->waitForQuiet(std::chrono::milliseconds(120));
     change();
     const auto next = bench.receiver->framesFrom(before, 1);
@@ -82,26 +85,39 @@ TEST(CaptureStream, FollowsEveryChangeInTheNextFrame) {
   const auto lowUnderHigh = [&] { return patternAt(highRect, {3}, patternAt(lowRect, {2}, backdrop)); };
   const auto highUnderLow = [&] { return patternAt(lowRect, {2}, patternAt(highRect, {3}, backdrop)); };
 
-  expectNext("raise", [&] { bench.other.raise(low); }, highUnderLow());
+  expectNext(
+      "raise", [&] { bench.other.raise(low); }, highUnderLow());
   lowRect = {130, 110, 120, 120};
-  expectNext("move", [&] { bench.other.move(low, lowRect.x, lowRect.y); }, highUnderLow());
+  expectNext(
+      "move", [&] { bench.other.move(low, lowRect.x, lowRect.y); }, highUnderLow());
   lowRect = {130, 110, 90, 60};
-  expectNext("shrink", [&] { bench.other.resize(low, lowRect.width, lowRect.height); }, highUnderLow());
+  expectNext(
+      "shrink", [&] { bench.other.resize(low, lowRect.width, lowRect.height); }, highUnderLow());
   lowRect = {130, 110, 170, 130};
-  expectNext("grow", [&] { bench.other.resize(low, lowRect.width, lowRect.height); }, highUnderLow());
-  expectNext("raise the other", [&] { bench.other.raise(high); }, lowUnderHigh());
-  expectNext("hide", [&] { bench.other.unmap(high); }, patternAt(lowRect, {2}, backdrop));
-  expectNext("show", [&] { bench.other.map(high); }, lowUnderHigh());
+  expectNext(
+      "grow", [&] { bench.other.resize(low, lowRect.width, lowRect.height); }, highUnderLow());
+  expectNext(
+      "raise the other", [&] { bench.other.raise(high); }, lowUnderHigh());
+  expectNext(
+      "hide", [&] { bench.other.unmap(high); }, patternAt(lowRect, {2}, backdrop));
+  expectNext(
+      "show", [&] { bench.other.map(high); }, lowUnderHigh());
   const DeviceRect hole{20, 30, 40, 50};
   const DeviceRect shaped = hole.translatedBy(highRect.x, highRect.y);
   const Picture pattern3 = patternAt(highRect, {3}, plain(0));
-  expectNext("shape", [&] { bench.other.shape(high, hole); }, [&](int x, int y) {
-    return shaped.contains(DevicePoint{x, y}) ? pattern3(x, y) : patternAt(lowRect, {2}, backdrop)(x, y);
-  });
-  expectNext("close", [&] { bench.other.destroy(high); }, patternAt(lowRect, {2}, backdrop));
-  expectNext("redraw", [&] { bench.other.setPattern(low, {4}); }, patternAt(lowRect, {4}, backdrop));
-  expectNext("close the last", [&] { bench.other.destroy(low); }, backdrop);
-  expectNext("new backdrop", [&] { bench.other.setBackdrop({5}); }, patternAt({0, 0, 1280, 800}, {5}, plain(0)));
+  expectNext(
+      "shape", [&] { bench.other.shape(high, hole); },
+      [&](int x, int y) {
+        return shaped.contains(DevicePoint{x, y}) ? pattern3(x, y) : patternAt(lowRect, {2}, backdrop)(x, y);
+      });
+  expectNext(
+      "close", [&] { bench.other.destroy(high); }, patternAt(lowRect, {2}, backdrop));
+  expectNext(
+      "redraw", [&] { bench.other.setPattern(low, {4}); }, patternAt(lowRect, {4}, backdrop));
+  expectNext(
+      "close the last", [&] { bench.other.destroy(low); }, backdrop);
+  expectNext(
+      "new backdrop", [&] { bench.other.setBackdrop({5}); }, patternAt({0, 0, 1280, 800}, {5}, plain(0)));
 }
 
 TEST(CaptureStream, ShowsBordersAndBlackBeyondTheDisplay) {
@@ -145,9 +161,9 @@ TEST(CaptureStream, StaysExactWhenACompositingManagerComesAndGoes) {
     const std::size_t before = bench.receiver->complete();
     bench.other.setPattern(window, {seed});
     const Picture expected = patternAt(place, {seed}, plain(0));
-    EXPECT_TRUE(bench.receiver->waitForFrame(
-        before, [&](const Frame& frame) { return frame.wrongPixels(expected, {100, 100}) == 0; }))
-        << seed;
+    EXPECT_TRUE(bench.receiver->waitForFrame(before, [&](const Frame& frame) {
+      return frame.wrongPixels(expected, {100, 100}) == 0;
+    })) << seed;
   };
   expectExactAfterDrawing(3);
   for (int round = 0; round < 2; ++round) {
@@ -157,7 +173,8 @@ TEST(CaptureStream, StaysExactWhenACompositingManagerComesAndGoes) {
     ASSERT_TRUE(bench.other.waitForSelectionOwner("_NET_WM_CM_S0", false));
     expectExactAfterDrawing(5 + round * 2);
   }
-  for (const Frame& frame : bench.receiver->frames()) EXPECT_EQ(frame.count(magenta), 0);
+  for (const Frame& frame : bench.receiver->frames())
+    EXPECT_EQ(frame.count(magenta), 0);
 }
 
 // 32-bit windows: as the server shows them. Half-transparent white is blended only where someone blends.
@@ -168,8 +185,8 @@ TEST(CaptureStream, BlendsOnlyUnderACompositingManager) {
   bench.other.setColour(window, 0x80808080);  // premultiplied
   bench.other.map(window);
   const auto stream = bench.start({100, 100, 100, 100});
-  EXPECT_TRUE(bench.receiver->waitForFrame(
-      0, [](const Frame& frame) { return frame.count(0x808080) == 100 * 100; }));
+  EXPECT_TRUE(
+      bench.receiver->waitForFrame(0, [](const Frame& frame) { return frame.count(0x808080) == 100 * 100; }));
   const velicor::test::CompositingManager manager(bench.server);
   const auto blended = [](const Frame& frame) {
     const Picture backdrop = patternAt({0, 0, 1280, 800}, {1}, plain(0));
@@ -235,7 +252,8 @@ TEST(CaptureStream, DecodesAThirtyBitScreen) {
     for (std::size_t i = 0; i < frame.pixels.size(); ++i) {
       const auto at = static_cast<int>(i);
       const std::uint32_t wanted = expected(region.x + at % frame.width, region.y + at / frame.width);
-      for (const int shift : {0, 8, 16}) wrong += std::abs(channel(frame.pixels[i], shift) - channel(wanted, shift)) > 1;
+      for (const int shift : {0, 8, 16})
+        wrong += std::abs(channel(frame.pixels[i], shift) - channel(wanted, shift)) > 1;
     }
     EXPECT_EQ(wrong, 0);
     EXPECT_FALSE(frame.pixels.empty());
@@ -249,7 +267,8 @@ TEST(CaptureStream, DecodesASixteenBitScreen) {
   bench.other.setColour(window, 0xf81f);  // all red, no green, all blue
   bench.other.map(window);
   const auto stream = bench.start({50, 50, 100, 80});
-  EXPECT_TRUE(bench.receiver->waitForFrame(0, [](const Frame& frame) { return frame.count(0xff00ff) == 100 * 80; }));
+  EXPECT_TRUE(
+      bench.receiver->waitForFrame(0, [](const Frame& frame) { return frame.count(0xff00ff) == 100 * 80; }));
 }
 
 }  // namespace

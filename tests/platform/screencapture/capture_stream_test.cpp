@@ -65,10 +65,13 @@ TEST(CaptureTiming, EveryChangeOfAQuickSuccessionArrives) {
   coverWithOurs(bench, {120, 120, 200, 200});
   const auto stream = bench.start({150, 150, 50, 50});
   bench.receiver->waitForQuiet();
-  repeat(2000ms, 100ms, [&](int i) { bench.other.fill(window, {50, 50, 50, 50}, static_cast<std::uint32_t>(i + 1)); });
+  repeat(2000ms, 100ms, [&](int i) {
+    bench.other.fill(window, {50, 50, 50, 50}, static_cast<std::uint32_t>(i + 1));
+  });
   bench.receiver->waitForQuiet();
   std::set<std::uint32_t> seen;
-  for (const Frame& frame : bench.receiver->frames()) seen.insert(frame.pixels.front());
+  for (const Frame& frame : bench.receiver->frames())
+    seen.insert(frame.pixels.front());
   // The first, and twenty changes, ten a second. A busy machine may run two of them into one.
   EXPECT_LE(seen.size(), 21u);
   EXPECT_GE(seen.size(), 19u);
@@ -81,7 +84,9 @@ TEST(CaptureTiming, KeepsTheIntervalUnderConstantChange) {
   const auto stream = bench.start({150, 150, 50, 50}, 15);
   bench.receiver->waitForQuiet();
   const std::size_t before = bench.receiver->complete();
-  repeat(1000ms, 5ms, [&](int i) { bench.other.fill(window, {50, 50, 50, 50}, static_cast<std::uint32_t>(i + 1)); });
+  repeat(1000ms, 5ms, [&](int i) {
+    bench.other.fill(window, {50, 50, 50, 50}, static_cast<std::uint32_t>(i + 1));
+  });
   const std::size_t during = bench.receiver->complete() - before;
   EXPECT_LE(during, 16u);
   EXPECT_GE(during, 10u);
@@ -118,14 +123,17 @@ TEST(CaptureStream, WaitsForFramesInUseToComeBack) {
   const xcb_window_t window = bench.other.showColour({100, 100, 300, 300}, 0);
   bench.receiver->hold();
   const auto stream = bench.start({150, 150, 50, 50}, 60);
-  repeat(400ms, 10ms, [&](int i) { bench.other.fill(window, {50, 50, 50, 50}, static_cast<std::uint32_t>(i + 1)); });
+  repeat(400ms, 10ms, [&](int i) {
+    bench.other.fill(window, {50, 50, 50, 50}, static_cast<std::uint32_t>(i + 1));
+  });
   EXPECT_EQ(bench.receiver->waitForQuiet(100ms), 3u);
   bench.receiver->release();
   const auto next = bench.receiver->framesFrom(3, 1);
   ASSERT_EQ(next.size(), 1u);
   EXPECT_EQ(next.front().count(40), 50 * 50);  // what is there now, not what was missed
   EXPECT_EQ(bench.receiver->waitForQuiet(100ms), 4u);
-  for (int i = 0; i < 3; ++i) bench.receiver->release();
+  for (int i = 0; i < 3; ++i)
+    bench.receiver->release();
   EXPECT_EQ(bench.receiver->waitForQuiet(100ms), 6u);
 }
 
@@ -185,7 +193,8 @@ TEST(CaptureStream, EndsWhenItsDisplayGoes) {
   EXPECT_NE(std::find(content->displays.begin(), content->displays.end(), right), content->displays.end());
 
   // Points count from the display's own corner, and its neighbour is not shown.
-  const auto stream = bench.service->makeStream({right, {}}, Bench::configuration({-20, 10, 100, 100}), bench.receiver);
+  const auto stream =
+      bench.service->makeStream({right, {}}, Bench::configuration({-20, 10, 100, 100}), bench.receiver);
   ASSERT_TRUE(stream->addStreamOutput(bench.receiver, OutputType::screen, bench.queue));
   ASSERT_TRUE(Bench::await(stream->startCapture()));
   const auto frames = bench.receiver->framesFrom(0, 1);
@@ -235,7 +244,8 @@ TEST(CaptureService, RefusesWhatItCanNotMake) {
   EXPECT_EQ(Bench::await(bench.makeStream(configuration)->startCapture()).error().code, serverRefused);
   configuration = Bench::configuration({0, 0, 0, 10});
   EXPECT_EQ(Bench::await(bench.makeStream(configuration)->startCapture()).error().code, serverRefused);
-  const auto elsewhere = bench.service->makeStream({{4711}, {}}, Bench::configuration({0, 0, 10, 10}), bench.receiver);
+  const auto elsewhere =
+      bench.service->makeStream({{4711}, {}}, Bench::configuration({0, 0, 10, 10}), bench.receiver);
   EXPECT_EQ(Bench::await(elsewhere->startCapture()).error().code, displayUnavailable);
   EXPECT_FALSE(elsewhere->addStreamOutput(bench.receiver, OutputType::audio, bench.queue));
 }

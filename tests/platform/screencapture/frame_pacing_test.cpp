@@ -66,16 +66,20 @@ StreamConfiguration configurationOf(const DisplayRect& source, int width, int he
 
 TEST(FrameGeometry, RoundsTheCornerAndKeepsTheSize) {
   const DeviceRect monitor{1920, 100, 2560, 1440};
-  EXPECT_EQ(frameRect(configurationOf({10, 20, 300, 200}, 300, 200), monitor), (DeviceRect{1930, 120, 300, 200}));
-  EXPECT_EQ(frameRect(configurationOf({10, 20, 300, 200}, 600, 400), monitor), (DeviceRect{1940, 140, 600, 400}));
-  EXPECT_EQ(frameRect(configurationOf({10.5, 20.4, 300, 200}, 375, 250), monitor), (DeviceRect{1933, 126, 375, 250}));
+  EXPECT_EQ(frameRect(configurationOf({10, 20, 300, 200}, 300, 200), monitor),
+            (DeviceRect{1930, 120, 300, 200}));
+  EXPECT_EQ(frameRect(configurationOf({10, 20, 300, 200}, 600, 400), monitor),
+            (DeviceRect{1940, 140, 600, 400}));
+  EXPECT_EQ(frameRect(configurationOf({10.5, 20.4, 300, 200}, 375, 250), monitor),
+            (DeviceRect{1933, 126, 375, 250}));
   EXPECT_EQ(frameRect(configurationOf({-10.5, 0, 300, 200}, 300, 200), monitor).x, 1920 - 11);
 }
 
 // The size in pixels is itself rounded: far from the corner the ratio would miss by pixels.
 TEST(FrameGeometry, TakesTheStatedScale) {
   const DeviceRect monitor{0, 0, 3840, 2160};
-  EXPECT_EQ(frameRect(configurationOf({3000, 1000, 2, 2}, 3, 3, 1.25), monitor), (DeviceRect{3750, 1250, 3, 3}));
+  EXPECT_EQ(frameRect(configurationOf({3000, 1000, 2, 2}, 3, 3, 1.25), monitor),
+            (DeviceRect{3750, 1250, 3, 3}));
   EXPECT_EQ(frameRect(configurationOf({2000, 0, 301, 100}, 376, 125, 1.25), monitor).x, 2500);
 }
 
@@ -97,7 +101,8 @@ TEST(SegmentPool, HandsOutNoMoreThanItsDepth) {
   int freed = 0;
   SegmentPool pool(source, 3, [&] { ++freed; });
   std::vector<PixelBufferRef> frames;
-  for (int i = 0; i < 3; ++i) frames.push_back(pool.publish(pool.acquire(64), 4, 4));
+  for (int i = 0; i < 3; ++i)
+    frames.push_back(pool.publish(pool.acquire(64), 4, 4));
   EXPECT_EQ(freed, 0);
   EXPECT_EQ(pool.acquire(64), nullptr);
   const PixelBufferRef copy = frames[1];

@@ -27,9 +27,11 @@ StackedWindow windowAt(WindowId id, const DeviceRect& bounds) {
 WindowStack stackOf(const std::vector<StackedWindow>& windows) {
   WindowStack stack;
   std::vector<WindowId> order;
-  for (const StackedWindow& window : windows) order.push_back(window.id);
+  for (const StackedWindow& window : windows)
+    order.push_back(window.id);
   stack.reorder(order);
-  for (const StackedWindow& window : windows) stack.describe(window);
+  for (const StackedWindow& window : windows)
+    stack.describe(window);
   return stack;
 }
 
@@ -44,7 +46,8 @@ SceneView viewOf(const DeviceRect& frame) {
 
 std::vector<WindowId> idsOf(const ScenePlan& plan) {
   std::vector<WindowId> ids;
-  for (const Layer& layer : plan.layers) ids.push_back(layer.id);
+  for (const Layer& layer : plan.layers)
+    ids.push_back(layer.id);
   return ids;
 }
 
@@ -58,11 +61,16 @@ class MiniServer {
     if (order_.empty() || what == 0) return create();
     const WindowId id = order_[static_cast<std::size_t>(pick(static_cast<int>(order_.size())))];
     switch (what) {
-      case 1: return destroy(id);
-      case 2: return setMapped(id, true);
-      case 3: return setMapped(id, false);
-      case 4: return restack(id);
-      default: return place(id);
+      case 1:
+        return destroy(id);
+      case 2:
+        return setMapped(id, true);
+      case 3:
+        return setMapped(id, false);
+      case 4:
+        return restack(id);
+      default:
+        return place(id);
     }
   }
 
@@ -78,7 +86,8 @@ class MiniServer {
   void settle(WindowStack& model) {
     deliver(model, events_.size());
     while (model.needsQuery()) {
-      for (const WindowId id : model.reorder(order_)) model.describe(windows_.at(id));
+      for (const WindowId id : model.reorder(order_))
+        model.describe(windows_.at(id));
       deliver(model, events_.size());
     }
   }
@@ -86,7 +95,8 @@ class MiniServer {
   // Replies bring what was told before them, and what happens next is told after them.
   void answerQuery(WindowStack& model) {
     const std::vector<WindowId> unknown = model.reorder(order_);
-    for (int i = pick(3); i > 0; --i) act();
+    for (int i = pick(3); i > 0; --i)
+      act();
     for (const WindowId id : unknown) {
       const auto entry = windows_.find(id);
       entry == windows_.end() ? model.forget(id) : model.describe(entry->second);
@@ -212,7 +222,8 @@ TEST(WindowStack, FindsClientsWhicheverIsToldFirst) {
 
 TEST(ScenePlan, EndsAtTheWindowThatCoversEverything) {
   const DeviceRect frame{100, 100, 50, 50};
-  auto stack = stackOf({windowAt(1, {0, 0, 500, 500}), windowAt(2, {90, 90, 100, 100}), windowAt(3, {120, 120, 10, 10})});
+  auto stack = stackOf(
+      {windowAt(1, {0, 0, 500, 500}), windowAt(2, {90, 90, 100, 100}), windowAt(3, {120, 120, 10, 10})});
   EXPECT_EQ(idsOf(planScene(stack, viewOf(frame))), (std::vector<WindowId>{2, 3}));
   EXPECT_TRUE(planScene(stack, viewOf(frame)).covered);
   EXPECT_EQ(planScene(stack, viewOf(frame)).background, Background{});
@@ -238,7 +249,8 @@ TEST(ScenePlan, EndsAtTheWindowThatCoversEverything) {
 TEST(ScenePlan, LeavesOutOursAndTheirFramesAndWhatIsNotShown) {
   const DeviceRect frame{0, 0, 50, 50};
   std::vector<StackedWindow> windows;
-  for (WindowId id = 1; id <= 6; ++id) windows.push_back(windowAt(id, {static_cast<int>(id), 0, 100, 100}));
+  for (WindowId id = 1; id <= 6; ++id)
+    windows.push_back(windowAt(id, {static_cast<int>(id), 0, 100, 100}));
   windows.push_back(windowAt(ourBase + 5, {0, 0, 100, 100}));
   windows[4].drawable = false;
   auto stack = stackOf(windows);
@@ -261,7 +273,8 @@ TEST(ScenePlan, LeavesOutOursAndTheirFramesAndWhatIsNotShown) {
 
 // Managers that compose the screen themselves may keep hidden windows mapped behind one that guards them.
 TEST(ScenePlan, ShowsNothingBehindAGuard) {
-  std::vector windows{windowAt(1, {0, 0, 50, 50}), windowAt(2, {0, 0, 1000, 1000}), windowAt(3, {0, 0, 20, 20})};
+  std::vector windows{windowAt(1, {0, 0, 50, 50}), windowAt(2, {0, 0, 1000, 1000}),
+                      windowAt(3, {0, 0, 20, 20})};
   windows[1].unmanaged = true;
   auto stack = stackOf(windows);
   stack.shownAs(2, {.guard = true});
@@ -300,7 +313,8 @@ TEST(ScenePlan, KeepsToWhatIsPaintedOfAComposedFrame) {
 
 TEST(ScenePlan, StaysTheSameForWhatDoesNotShow) {
   const DeviceRect frame{100, 100, 50, 50};
-  auto stack = stackOf({windowAt(1, {0, 0, 10, 10}), windowAt(2, {90, 90, 100, 100}), windowAt(ourBase + 1, {0, 0, 500, 500})});
+  auto stack = stackOf({windowAt(1, {0, 0, 10, 10}), windowAt(2, {90, 90, 100, 100}),
+                        windowAt(ourBase + 1, {0, 0, 500, 500})});
   const ScenePlan before = planScene(stack, viewOf(frame));
   stack.configured(ourBase + 1, {5, 5, 600, 600}, 0, 2);
   stack.configured(1, {20, 20, 10, 10}, 0, 0);

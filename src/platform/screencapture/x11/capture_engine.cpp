@@ -40,7 +40,10 @@ timespec timespecOf(Duration duration) {
 
 CaptureEngine::CaptureEngine(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own,
                              std::function<void()> onLost)
-    : connection_(std::move(connection)), own_(own), onLost_(std::move(onLost)), processes_(*connection_, own) {
+    : connection_(std::move(connection)),
+      own_(own),
+      onLost_(std::move(onLost)),
+      processes_(*connection_, own) {
   refusal_ = prepare();
   connection_->setErrorHandler([this](const xcb_generic_error_t& error) { take(error); });
   thread_ = std::jthread([this](const std::stop_token& stopping) { run(stopping); });
@@ -65,7 +68,8 @@ std::optional<Error> CaptureEngine::prepare() {
 void CaptureEngine::run(std::stop_token stopping) {
   pthread_setname_np(pthread_self(), threadName);
   while (!stopping.stop_requested()) {
-    for (const Mailbox::Job& job : mailbox_->takeAll()) job();
+    for (const Mailbox::Job& job : mailbox_->takeAll())
+      job();
     takeEvents();
     lookWhereDue();
     ended_.clear();
@@ -75,7 +79,8 @@ void CaptureEngine::run(std::stop_token stopping) {
   }
   mailbox_->close();
   endAll(connectionLostError());
-  for (const Mailbox::Job& job : mailbox_->takeAll()) job();
+  for (const Mailbox::Job& job : mailbox_->takeAll())
+    job();
   workers_.clear();
   ended_.clear();
 }
@@ -103,7 +108,8 @@ std::optional<CaptureEngine::Instant> CaptureEngine::nextDue() {
 
 void CaptureEngine::takeEvents() {
   if (lost_) return;
-  while (const auto event = connection_->nextEvent()) take(*event);
+  while (const auto event = connection_->nextEvent())
+    take(*event);
   if (!connection_->isLost()) return;
   lost_ = true;
   if (onLost_) dispatch::MainQueue::shared().async(std::exchange(onLost_, {}));
@@ -167,7 +173,8 @@ void CaptureEngine::refreshFilters() {
     });
     if (!allKnown) processes_.refresh();
   }
-  for (const auto& worker : workers_) worker->refreshFilter();
+  for (const auto& worker : workers_)
+    worker->refreshFilter();
 }
 
 void CaptureEngine::lookWhereDue() {
@@ -181,7 +188,8 @@ void CaptureEngine::lookWhereDue() {
     if (lost_) return;
   }
   if (!watcher_->isOutdated()) return;
-  for (const auto& worker : workers_) worker->stir();
+  for (const auto& worker : workers_)
+    worker->stir();
 }
 
 void CaptureEngine::look(StreamWorker& worker, Instant now) {
@@ -215,7 +223,8 @@ void CaptureEngine::end(StreamWorker& worker, const Error& error) {
 }
 
 void CaptureEngine::endAll(const Error& error) {
-  while (!workers_.empty()) end(*workers_.back(), error);
+  while (!workers_.empty())
+    end(*workers_.back(), error);
 }
 
 StreamWorker* CaptureEngine::find(const std::shared_ptr<Delivery>& delivery) {
@@ -225,8 +234,9 @@ StreamWorker* CaptureEngine::find(const std::shared_ptr<Delivery>& delivery) {
 }
 
 Result<DeviceRect> CaptureEngine::monitorRect(const Display& display) const {
-  const auto place = std::find_if(monitors_.begin(), monitors_.end(),
-                                  [&](const x11::Monitor& monitor) { return monitor.id == display.displayID; });
+  const auto place = std::find_if(monitors_.begin(), monitors_.end(), [&](const x11::Monitor& monitor) {
+    return monitor.id == display.displayID;
+  });
   if (place != monitors_.end()) return place->rect;
   return failure(errorDomain, displayUnavailable, "The display is not connected");
 }
@@ -247,8 +257,8 @@ Status CaptureEngine::start(std::shared_ptr<Delivery> delivery, const ContentFil
   if (!monitor) return tl::make_unexpected(monitor.error());
   processes_.refresh();
   const CaptureContext context{*connection_, *formats_, *watcher_, processes_};
-  workers_.push_back(std::make_unique<StreamWorker>(context, std::move(delivery), filter, configuration, *monitor,
-                                                    [mailbox = mailbox_] { mailbox->wake(); }));
+  workers_.push_back(std::make_unique<StreamWorker>(context, std::move(delivery), filter, configuration,
+                                                    *monitor, [mailbox = mailbox_] { mailbox->wake(); }));
   return {};
 }
 
@@ -280,8 +290,7 @@ Result<ShareableContent> CaptureEngine::content(ContentQuery query) {
   catchUp();
   processes_.refresh();
   if (const auto error = trouble()) return tl::make_unexpected(*error);
-  const ShareableContent content =
-      listContent(*connection_, query, watcher_->stack(), processes_, monitors_);
+  const ShareableContent content = listContent(*connection_, query, watcher_->stack(), processes_, monitors_);
   if (const auto error = trouble()) return tl::make_unexpected(*error);
   return content;
 }

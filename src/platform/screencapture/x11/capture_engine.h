@@ -24,7 +24,8 @@ class CaptureEngine {
   // Redirects all windows to pixmaps, which lasts as long as the engine, and starts the thread. A server that
   // refuses that, or can't be decoded, gives an engine whose streams fail with the reason.
   // `onLost` is called once, on the main thread, when the connection is gone, before any stream fails.
-  CaptureEngine(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own, std::function<void()> onLost);
+  CaptureEngine(std::unique_ptr<x11::Connection> connection, x11::OwnClients& own,
+                std::function<void()> onLost);
 
   // Ends the thread. Frames that are still held by someone stay valid.
   ~CaptureEngine();

@@ -18,7 +18,8 @@ SegmentPool::SegmentPool(SegmentSource& source, int depth, std::function<void()>
 }
 
 SegmentPool::~SegmentPool() {
-  for (const auto& segment : segments_) source_.retire(*segment);
+  for (const auto& segment : segments_)
+    source_.retire(*segment);
 }
 
 int SegmentPool::inUse() const {
@@ -71,7 +72,8 @@ PixelBufferRef SegmentPool::publish(const std::shared_ptr<Segment>& segment, int
     segment->inUse_ = false;
     if (hunger->waiting.exchange(false)) hunger->onFree();
   };
-  return std::make_shared<PixelBuffer>(width, height, static_cast<std::size_t>(width) * 4, segment->bytes(), release);
+  return std::make_shared<PixelBuffer>(width, height, static_cast<std::size_t>(width) * 4, segment->bytes(),
+                                       release);
 }
 
 void SegmentPool::giveBack(const std::shared_ptr<Segment>& segment) { segment->inUse_ = false; }

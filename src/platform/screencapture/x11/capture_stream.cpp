@@ -12,7 +12,8 @@ tl::unexpected<Error> refuse(std::string_view why) { return failure(errorDomain,
 
 Status valid(const StreamConfiguration& configuration) {
   const auto outside = [](int side) { return side < 1 || side > largestSide; };
-  if (outside(configuration.width) || outside(configuration.height)) return refuse("Frames of this size can't be made");
+  if (outside(configuration.width) || outside(configuration.height))
+    return refuse("Frames of this size can't be made");
   if (configuration.queueDepth < 1) return refuse("A stream needs room for a frame");
   if (configuration.showsCursor) return refuse("The pointer can't be shown in captured frames");
   return {};
@@ -44,9 +45,8 @@ CaptureStream::~CaptureStream() {
 
 CaptureStream::Answer CaptureStream::ask(std::function<Status(CaptureEngine&)> question) {
   Answer answer;
-  const bool taken = mailbox_->post([engine = engine_, answer, question = std::move(question)] {
-    answer.resolve(question(*engine));
-  });
+  const bool taken = mailbox_->post(
+      [engine = engine_, answer, question = std::move(question)] { answer.resolve(question(*engine)); });
   if (!taken) answer.resolve(failure(errorDomain, connectionLost, "The capture service has ended"));
   return answer;
 }
@@ -63,8 +63,10 @@ QCoro::Task<Status> CaptureStream::startCapture() {
   if (state_ != State::made) co_return refuse("A stream can be started once");
   if (const Status status = valid(configuration_); !status) co_return status;
   state_ = State::started;
-  const Answer answer = ask([delivery = delivery_, filter = filter_, configuration = configuration_](
-                                CaptureEngine& engine) { return engine.start(delivery, filter, configuration); });
+  const Answer answer =
+      ask([delivery = delivery_, filter = filter_, configuration = configuration_](CaptureEngine& engine) {
+        return engine.start(delivery, filter, configuration);
+      });
   co_return co_await answer;
 }
 

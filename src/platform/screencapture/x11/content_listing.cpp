@@ -23,8 +23,8 @@ WindowId ownerOf(const StackedWindow& window) { return window.client != 0 ? wind
 std::set<WindowId> desktopsAmong(x11::Connection& connection, const Windows& windows) {
   std::vector<std::pair<WindowId, xcb_get_property_cookie_t>> asked;
   for (const StackedWindow* window : windows) {
-    asked.emplace_back(window->id,
-                       x11::askProperty(connection, ownerOf(*window), connection.atom(Atom::netWmWindowType)));
+    asked.emplace_back(
+        window->id, x11::askProperty(connection, ownerOf(*window), connection.atom(Atom::netWmWindowType)));
   }
   std::set<WindowId> desktops;
   for (const auto& [id, cookie] : asked) {
@@ -40,7 +40,8 @@ std::set<WindowId> desktopsAmong(x11::Connection& connection, const Windows& win
 ShareableContent listContent(x11::Connection& connection, const ContentQuery& query, const WindowStack& stack,
                              const ProcessDirectory& processes, const std::vector<x11::Monitor>& monitors) {
   ShareableContent content;
-  for (const x11::Monitor& monitor : monitors) content.displays.push_back({monitor.id});
+  for (const x11::Monitor& monitor : monitors)
+    content.displays.push_back({monitor.id});
 
   const Windows windows = stack.bottomToTop();
   const Windows visible = stack.visibleBottomToTop();

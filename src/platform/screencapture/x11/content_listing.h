@@ -10,9 +10,9 @@
 
 namespace velicor::screencapture {
 
-// The monitors, and the processes that own top-level windows, in stacking order from the bottom. Our own process
-// is listed once one of its windows can be seen: before that there is nothing to leave out. One round trip
-// where desktop windows are to be left out, else none.
+// The monitors, and the processes that own top-level windows, in stacking order from the bottom. Our own
+// process is listed once one of its windows can be seen: before that there is nothing to leave out. One round
+// trip where desktop windows are to be left out, else none.
 ShareableContent listContent(x11::Connection& connection, const ContentQuery& query, const WindowStack& stack,
                              const ProcessDirectory& processes, const std::vector<x11::Monitor>& monitors);
 

@@ -16,7 +16,8 @@ std::optional<Error> redirectWindows(x11::Connection& connection) {
         xcb_get_image_reply,
         xcb_get_image(connection.raw(), XCB_IMAGE_FORMAT_Z_PIXMAP, connection.root(), 0, 0, 1, 1, ~0U));
     if (!pixel) {
-      return Error{std::string(errorDomain), userDeclined, "The X server does not let this program read the screen"};
+      return Error{std::string(errorDomain), userDeclined,
+                   "The X server does not let this program read the screen"};
     }
     return Error{std::string(errorDomain), serverRefused,
                  "The X server lacks an extension that is needed (Composite, Damage, XFixes, Render)"};

@@ -7,9 +7,9 @@
 
 namespace velicor::screencapture {
 
-// Every window draws into a pixmap of its own from now on, the parts too that others cover; for as long as the
-// connection lives. A compositing manager that does the same is not disturbed, and may come and go. Returns
-// why the server refused, if it did.
+// Every window draws into a pixmap of its own from now on, the parts too that others cover; for as long as
+// the connection lives. A compositing manager that does the same is not disturbed, and may come and go.
+// Returns why the server refused, if it did.
 std::optional<Error> redirectWindows(x11::Connection& connection);
 
 }  // namespace velicor::screencapture

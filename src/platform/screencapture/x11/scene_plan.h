@@ -22,10 +22,10 @@ struct ClientCut {
 struct Layer {
   WindowId id = 0;
   std::uint32_t visual = 0;
-  DeviceRect bounds;   // of the whole window with its border: where its pixmap lies on the root window
+  DeviceRect bounds;  // of the whole window with its border: where its pixmap lies on the root window
   int border = 0;
-  DeviceRect visible;  // the part of the bounds that lies inside the frame, without an unpainted margin
-  bool shaped = false;   // only a part of it shows: its own shape, less the cut
+  DeviceRect visible;   // the part of the bounds that lies inside the frame, without an unpainted margin
+  bool shaped = false;  // only a part of it shows: its own shape, less the cut
   std::optional<ClientCut> cut;
   bool blended = false;  // what lies beneath shows through
   std::uint32_t opacity = fullyOpaque;
@@ -58,8 +58,8 @@ struct ScenePlan {
 struct SceneView {
   DeviceRect frame;
   DeviceRect monitor;
-  x11::ClientSet leftOut;    // windows that one of these clients made, or whose frame holds such a window
-  bool composited = false;   // a compositing manager runs, so alpha and opacity count
+  x11::ClientSet leftOut;   // windows that one of these clients made, or whose frame holds such a window
+  bool composited = false;  // a compositing manager runs, so alpha and opacity count
   Background background;
 };
 

@@ -20,7 +20,9 @@ constexpr xcb_render_color_t black{0, 0, 0, 0xffff};
 std::int16_t s16(int value) { return static_cast<std::int16_t>(value); }
 std::uint16_t u16(int value) { return static_cast<std::uint16_t>(value); }
 
-xcb_rectangle_t rectangle(const DeviceRect& rect) { return {s16(rect.x), s16(rect.y), u16(rect.width), u16(rect.height)}; }
+xcb_rectangle_t rectangle(const DeviceRect& rect) {
+  return {s16(rect.x), s16(rect.y), u16(rect.width), u16(rect.height)};
+}
 
 // Windows' own coordinates count from the inner corner of the border, their pixmaps' from the outer one.
 DeviceRect inWindow(const Layer& layer, const DeviceRect& rect) {
@@ -36,7 +38,8 @@ SceneRenderer::SceneRenderer(x11::Connection& connection, const VisualFormats& f
 }
 
 SceneRenderer::~SceneRenderer() {
-  for (auto& [id, surface] : surfaces_) release(surface);
+  for (auto& [id, surface] : surfaces_)
+    release(surface);
   releaseCanvas();
   xcb_xfixes_destroy_region(connection_.raw(), parts_);
   xcb_xfixes_destroy_region(connection_.raw(), inside_);
@@ -44,7 +47,8 @@ SceneRenderer::~SceneRenderer() {
 
 void SceneRenderer::follow(const ScenePlan& plan) {
   std::set<WindowId> wanted;
-  for (const Layer& layer : plan.layers) wanted.insert(layer.id);
+  for (const Layer& layer : plan.layers)
+    wanted.insert(layer.id);
   for (auto entry = surfaces_.begin(); entry != surfaces_.end();) {
     if (wanted.contains(entry->first)) {
       ++entry;
@@ -128,7 +132,8 @@ bool SceneRenderer::anyDrawn(const RegionCookies& cookies) {
 SceneRenderer::Drawing SceneRenderer::draw(const ScenePlan& plan, const Segment& segment) {
   namings_.clear();
   const RegionCookies drawn = askDrawn(plan);
-  for (const Layer& layer : plan.layers) prepare(layer);
+  for (const Layer& layer : plan.layers)
+    prepare(layer);
   // The copy fails when the window has just gone; composing leaves it out.
   const bool done = (canCopy(plan) && copyDirectly(plan, segment)) || compose(plan, segment);
   return {done, anyDrawn(drawn)};
@@ -181,7 +186,8 @@ void SceneRenderer::makePicture(Surface& surface, const Layer& layer) {
   const VisualFormat* format = formats_.find(layer.visual);
   if (!format) return;
   surface.picture = connection_.newId();
-  xcb_render_create_picture(connection_.raw(), surface.picture, surface.pixmap, format->pictureFormat, 0, nullptr);
+  xcb_render_create_picture(connection_.raw(), surface.picture, surface.pixmap, format->pictureFormat, 0,
+                            nullptr);
 }
 
 void SceneRenderer::release(Surface& surface) {
@@ -235,7 +241,8 @@ void SceneRenderer::ensureCanvas(const DeviceRect& frame) {
   canvasWidth_ = frame.width;
   canvasHeight_ = frame.height;
   xcb_create_pixmap(connection_.raw(), 32, canvas_, connection_.root(), u16(frame.width), u16(frame.height));
-  xcb_render_create_picture(connection_.raw(), canvasPicture_, canvas_, formats_.bgraPictureFormat(), 0, nullptr);
+  xcb_render_create_picture(connection_.raw(), canvasPicture_, canvas_, formats_.bgraPictureFormat(), 0,
+                            nullptr);
 }
 
 void SceneRenderer::paintBackdrop(const ScenePlan& plan) {
@@ -270,9 +277,10 @@ void SceneRenderer::paint(const ScenePlan& plan, const Layer& layer, const Surfa
     xcb_render_create_solid_fill(c, mask, {0, 0, 0, static_cast<std::uint16_t>(layer.opacity >> 16)});
   }
   const DeviceRect& part = layer.visible;
-  xcb_render_composite(c, layer.blended ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, surface.picture, mask,
-                       canvasPicture_, s16(part.x - layer.bounds.x), s16(part.y - layer.bounds.y), 0, 0,
-                       s16(part.x - plan.frame.x), s16(part.y - plan.frame.y), u16(part.width), u16(part.height));
+  xcb_render_composite(c, layer.blended ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, surface.picture,
+                       mask, canvasPicture_, s16(part.x - layer.bounds.x), s16(part.y - layer.bounds.y), 0, 0,
+                       s16(part.x - plan.frame.x), s16(part.y - plan.frame.y), u16(part.width),
+                       u16(part.height));
   if (mask != XCB_NONE) xcb_render_free_picture(c, mask);
   if (layer.shaped) xcb_xfixes_set_picture_clip_region(c, canvasPicture_, XCB_NONE, 0, 0);
 }
@@ -282,15 +290,14 @@ bool SceneRenderer::fetch(xcb_drawable_t drawable, DevicePoint corner, const Dev
   xcb_connection_t* const c = connection_.raw();
   if (segment.serverId() != 0) {
     return connection_
-        .reply(xcb_shm_get_image_reply,
-               xcb_shm_get_image(c, drawable, s16(corner.x), s16(corner.y), u16(frame.width), u16(frame.height),
-                                 allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP, segment.serverId(), 0))
+        .reply(xcb_shm_get_image_reply, xcb_shm_get_image(c, drawable, s16(corner.x), s16(corner.y),
+                                                          u16(frame.width), u16(frame.height), allPlanes,
+                                                          XCB_IMAGE_FORMAT_Z_PIXMAP, segment.serverId(), 0))
         .has_value();
   }
-  const auto image =
-      connection_.reply(xcb_get_image_reply,
-                        xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, s16(corner.x), s16(corner.y),
-                                      u16(frame.width), u16(frame.height), allPlanes));
+  const auto image = connection_.reply(
+      xcb_get_image_reply, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, s16(corner.x), s16(corner.y),
+                                         u16(frame.width), u16(frame.height), allPlanes));
   const auto size = static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height) * 4;
   if (!image || static_cast<std::size_t>(xcb_get_image_data_length(image->get())) < size) return false;
   std::memcpy(segment.bytes(), xcb_get_image_data(image->get()), size);

@@ -47,7 +47,8 @@ std::shared_ptr<Segment> ServerMemory::makeByFile(std::size_t size) {
   const int file = memfd_create("velicor-frame", MFD_CLOEXEC | MFD_ALLOW_SEALING);
   if (file < 0) return nullptr;
   // The seal keeps anyone who gets hold of the file from pulling the memory away under us.
-  const bool sized = ftruncate(file, static_cast<off_t>(size)) == 0 && fcntl(file, F_ADD_SEALS, F_SEAL_SHRINK) == 0;
+  const bool sized =
+      ftruncate(file, static_cast<off_t>(size)) == 0 && fcntl(file, F_ADD_SEALS, F_SEAL_SHRINK) == 0;
   void* memory = sized ? mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
   if (memory == MAP_FAILED) {
     close(file);
@@ -80,7 +81,8 @@ std::shared_ptr<Segment> ServerMemory::makeBySystemV(std::size_t size) {
     shmdt(memory);
     return nullptr;
   }
-  return std::make_shared<Segment>(mapped(memory), size, id, [](std::byte* bytes, std::size_t) { shmdt(bytes); });
+  return std::make_shared<Segment>(mapped(memory), size, id,
+                                   [](std::byte* bytes, std::size_t) { shmdt(bytes); });
 }
 
 std::shared_ptr<Segment> ServerMemory::makePlain(std::size_t size) {

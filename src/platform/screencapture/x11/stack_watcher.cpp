@@ -31,8 +31,9 @@ DeviceRect outerRect(int x, int y, int width, int height, int border) {
 
 StackWatcher::StackWatcher(Connection& connection, const VisualFormats& formats)
     : connection_(connection), formats_(formats) {
-  select(connection, connection.root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                                            XCB_EVENT_MASK_PROPERTY_CHANGE);
+  select(
+      connection, connection.root(),
+      XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
   xcb_xfixes_select_selection_input(connection.raw(), connection.root(), connection.compositorSelection(),
                                     XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
                                         XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
@@ -105,8 +106,8 @@ void StackWatcher::takeReparent(const xcb_reparent_notify_event_t& event) {
 void StackWatcher::takeProperty(const xcb_property_notify_event_t& event) {
   const auto is = [&](Atom name) { return event.atom == connection_.atom(name); };
   if (event.window == connection_.root()) {
-    rootOutdated_ = rootOutdated_ || is(Atom::xrootPixmapId) || is(Atom::esetrootPixmapId) ||
-                    is(Atom::netCurrentDesktop);
+    rootOutdated_ =
+        rootOutdated_ || is(Atom::xrootPixmapId) || is(Atom::esetrootPixmapId) || is(Atom::netCurrentDesktop);
     return;
   }
   const StackedWindow* window = stack_.findByClient(event.window);
@@ -140,7 +141,8 @@ void StackWatcher::refresh() {
   if (std::exchange(compositorOutdated_, false)) readCompositor();
   if (std::exchange(rootOutdated_, false)) readRoot();
   if (stack_.needsQuery()) readStack();
-  for (const Reparented& found : std::exchange(reparented_, {})) climb(found);
+  for (const Reparented& found : std::exchange(reparented_, {}))
+    climb(found);
   readAppearances();
 }
 
@@ -159,8 +161,10 @@ void StackWatcher::describe(const std::vector<WindowId>& ids) {
     stack_.describe(window);
     appearanceOutdated_.insert(window.id);
   }
-  for (const WindowId id : gone) stack_.forget(id);
-  for (const FramedClient& found : askClients(connection_, there)) setClient(found.frame, found.client);
+  for (const WindowId id : gone)
+    stack_.forget(id);
+  for (const FramedClient& found : askClients(connection_, there))
+    setClient(found.frame, found.client);
 }
 
 void StackWatcher::leaveOut(StackedWindow& window) {
@@ -194,7 +198,8 @@ void StackWatcher::readAppearances() {
     if (const StackedWindow* window = stack_.find(id)) windows.push_back({id, window->client});
   }
   const std::vector<Appearance> appearances = askAppearances(connection_, windows);
-  for (std::size_t i = 0; i < windows.size(); ++i) stack_.shownAs(windows[i].frame, appearances[i]);
+  for (std::size_t i = 0; i < windows.size(); ++i)
+    stack_.shownAs(windows[i].frame, appearances[i]);
 }
 
 void StackWatcher::readRoot() {
@@ -218,8 +223,9 @@ void StackWatcher::readRoot() {
 }
 
 void StackWatcher::readCompositor() {
-  const auto owner = connection_.reply(
-      xcb_get_selection_owner_reply, xcb_get_selection_owner(connection_.raw(), connection_.compositorSelection()));
+  const auto owner =
+      connection_.reply(xcb_get_selection_owner_reply,
+                        xcb_get_selection_owner(connection_.raw(), connection_.compositorSelection()));
   composited_ = owner && (*owner)->owner != XCB_NONE;
   // Some managers redirect in a way of their own when they start or end: the old names may be stale.
   stack_.pixmapsMoved();

@@ -88,8 +88,9 @@ Status StreamWorker::look(Instant now) {
 }
 
 ScenePlan StreamWorker::plan() const {
-  return planScene(context_.watcher.stack(), {frameRect(configuration_, monitor_), monitor_, leftOut_,
-                                              context_.watcher.isComposited(), context_.watcher.background()});
+  return planScene(context_.watcher.stack(),
+                   {frameRect(configuration_, monitor_), monitor_, leftOut_, context_.watcher.isComposited(),
+                    context_.watcher.background()});
 }
 
 Status StreamWorker::makeFrame(Instant now, const ScenePlan& scene, bool rearranged, bool drawn) {

@@ -29,7 +29,8 @@ class StreamWorker {
 
   // `onFree` is called on any thread when the stream waited for a segment and got one back.
   StreamWorker(const CaptureContext& context, std::shared_ptr<Delivery> delivery, const ContentFilter& filter,
-               const StreamConfiguration& configuration, const DeviceRect& monitor, std::function<void()> onFree);
+               const StreamConfiguration& configuration, const DeviceRect& monitor,
+               std::function<void()> onFree);
 
   // Take effect with the next frame.
   void setConfiguration(const StreamConfiguration& configuration);

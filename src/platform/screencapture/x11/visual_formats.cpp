@@ -33,7 +33,8 @@ using FormatInfo = std::map<xcb_render_pictformat_t, const xcb_render_pictformin
 FormatInfo formatsById(const xcb_render_query_pict_formats_reply_t& reply) {
   FormatInfo infos;
   const xcb_render_pictforminfo_t* all = xcb_render_query_pict_formats_formats(&reply);
-  for (int i = 0; i < xcb_render_query_pict_formats_formats_length(&reply); ++i) infos[all[i].id] = &all[i];
+  for (int i = 0; i < xcb_render_query_pict_formats_formats_length(&reply); ++i)
+    infos[all[i].id] = &all[i];
   return infos;
 }
 
@@ -44,12 +45,15 @@ void eachVisual(const xcb_render_query_pict_formats_reply_t& reply, Take take) {
     auto depths = xcb_render_pictscreen_depths_iterator(screens.data);
     for (; depths.rem > 0; xcb_render_pictdepth_next(&depths)) {
       auto visuals = xcb_render_pictdepth_visuals_iterator(depths.data);
-      for (; visuals.rem > 0; xcb_render_pictvisual_next(&visuals)) take(*visuals.data);
+      for (; visuals.rem > 0; xcb_render_pictvisual_next(&visuals))
+        take(*visuals.data);
     }
   }
 }
 
-tl::unexpected<Error> unsupported(std::string_view why) { return failure(errorDomain, unsupportedScreen, why); }
+tl::unexpected<Error> unsupported(std::string_view why) {
+  return failure(errorDomain, unsupportedScreen, why);
+}
 
 }  // namespace
 

@@ -50,7 +50,8 @@ WindowQuestion ask(Connection& connection, WindowId id) {
           askShaped(connection, id)};
 }
 
-std::optional<StackedWindow> answer(Connection& connection, const VisualFormats& formats, WindowQuestion asked) {
+std::optional<StackedWindow> answer(Connection& connection, const VisualFormats& formats,
+                                    WindowQuestion asked) {
   const auto attributes = connection.reply(xcb_get_window_attributes_reply, asked.attributes);
   const auto geometry = connection.reply(xcb_get_geometry_reply, asked.geometry);
   const bool shaped = isShaped(connection, asked.shape);
@@ -142,7 +143,8 @@ std::vector<StackedWindow> askWindows(Connection& connection, const VisualFormat
                                       const std::vector<WindowId>& ids) {
   std::vector<WindowQuestion> asked;
   asked.reserve(ids.size());
-  for (const WindowId id : ids) asked.push_back(ask(connection, id));
+  for (const WindowId id : ids)
+    asked.push_back(ask(connection, id));
   std::vector<StackedWindow> windows;
   for (const WindowQuestion& question : asked) {
     if (const auto window = answer(connection, formats, question)) windows.push_back(*window);
@@ -159,7 +161,8 @@ std::vector<FramedClient> askClients(Connection& connection, const std::vector<W
   };
   std::vector<FramedClient> found;
   std::vector<Candidate> level;
-  for (const WindowId frame : frames) level.push_back({frame, frame});
+  for (const WindowId frame : frames)
+    level.push_back({frame, frame});
   for (int depth = 0; depth <= deepestClient && !level.empty(); ++depth) {
     std::vector<std::pair<xcb_get_property_cookie_t, xcb_query_tree_cookie_t>> cookies;
     cookies.reserve(level.size());
@@ -173,7 +176,8 @@ std::vector<FramedClient> askClients(Connection& connection, const std::vector<W
       const auto children = childrenOf(connection, cookies[i].second);
       if (isClient && depth > 0) found.push_back({level[i].frame, level[i].window});
       if (isClient || depth == deepestClient || children.size() > mostSiblings) continue;
-      for (const WindowId child : children) below.push_back({level[i].frame, child});
+      for (const WindowId child : children)
+        below.push_back({level[i].frame, child});
     }
     level = std::move(below);
   }
@@ -183,9 +187,11 @@ std::vector<FramedClient> askClients(Connection& connection, const std::vector<W
 std::vector<Appearance> askAppearances(Connection& connection, const std::vector<FramedClient>& windows) {
   std::vector<AppearanceQuestion> asked;
   asked.reserve(windows.size());
-  for (const FramedClient& window : windows) asked.push_back(askAppearance(connection, window));
+  for (const FramedClient& window : windows)
+    asked.push_back(askAppearance(connection, window));
   std::vector<Appearance> appearances;
-  for (const AppearanceQuestion& question : asked) appearances.push_back(answerAppearance(connection, question));
+  for (const AppearanceQuestion& question : asked)
+    appearances.push_back(answerAppearance(connection, question));
   return appearances;
 }
 

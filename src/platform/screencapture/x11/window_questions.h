@@ -7,9 +7,9 @@
 #include "platform/screencapture/x11/window_stack.h"
 #include "platform/x11/connection.h"
 
-// What has to be asked about windows, because events do not tell it. Everything about all of them is under way
-// at once, so that a function costs one round trip however many windows there are. Windows that are gone have
-// no answers. What is asked is watched first: what changes after the question comes as an event.
+// What has to be asked about windows, because events do not tell it. Everything about all of them is under
+// way at once, so that a function costs one round trip however many windows there are. Windows that are gone
+// have no answers. What is asked is watched first: what changes after the question comes as an event.
 namespace velicor::screencapture {
 
 // A manager's frame holds the program's window at most this many levels down.

@@ -60,8 +60,8 @@ void WindowStack::unmapped(WindowId id) {
 void WindowStack::configured(WindowId id, const DeviceRect& bounds, int border, WindowId below) {
   StackedWindow* window = known(id);
   if (!window) return;
-  const bool resized =
-      bounds.width != window->bounds.width || bounds.height != window->bounds.height || border != window->border;
+  const bool resized = bounds.width != window->bounds.width || bounds.height != window->bounds.height ||
+                       border != window->border;
   if (resized) window->pixmapGeneration = ++generations_;
   if (resized || !(bounds == window->bounds)) ++revision_;
   window->bounds = bounds;
@@ -102,7 +102,8 @@ void WindowStack::currentDesktopIs(std::optional<std::uint32_t> desktop) {
 }
 
 void WindowStack::pixmapsMoved() {
-  for (auto& [id, window] : windows_) window.pixmapGeneration = ++generations_;
+  for (auto& [id, window] : windows_)
+    window.pixmapGeneration = ++generations_;
   ++revision_;
 }
 
@@ -113,8 +114,9 @@ const StackedWindow* WindowStack::find(WindowId id) const {
 
 const StackedWindow* WindowStack::findByClient(WindowId client) const {
   if (const StackedWindow* window = find(client)) return window;
-  const auto entry = std::find_if(windows_.begin(), windows_.end(),
-                                  [client](const auto& candidate) { return candidate.second.client == client; });
+  const auto entry = std::find_if(windows_.begin(), windows_.end(), [client](const auto& candidate) {
+    return candidate.second.client == client;
+  });
   return entry == windows_.end() ? nullptr : &entry->second;
 }
 

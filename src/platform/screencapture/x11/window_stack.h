@@ -20,13 +20,13 @@ inline constexpr std::uint32_t everyDesktop = 0xffffffff;
 struct Appearance {
   bool minimised = false;
   std::optional<std::uint32_t> desktop = std::nullopt;  // the virtual one it is on, where a manager keeps any
-  std::uint32_t opacity = fullyOpaque;  // of the whole window
+  std::uint32_t opacity = fullyOpaque;                  // of the whole window
   bool guard = false;  // named like a manager's guard: behind such a window others are kept mapped, not shown
-  // Of a frame, relative to the inner corner of its border. A manager that composes its frames itself may leave
-  // an invisible margin around them, and may leave it to itself to cut a shaped client out.
+  // Of a frame, relative to the inner corner of its border. A manager that composes its frames itself may
+  // leave an invisible margin around them, and may leave it to itself to cut a shaped client out.
   std::optional<DeviceRect> clientPlace = std::nullopt;  // the client inside
   std::optional<DeviceRect> painted = std::nullopt;      // what the manager paints
-  bool clientShaped = false;  // the client is not the whole of its place
+  bool clientShaped = false;                             // the client is not the whole of its place
 };
 
 // One child of the root window.
@@ -37,10 +37,10 @@ struct StackedWindow {
   int border = 0;            // width of the border in pixels
   std::uint32_t visual = 0;  // how its pixels are laid out
   bool viewable = false;
-  bool drawable = true;      // false: a window that only takes input
-  bool alpha = false;        // its pixels carry alpha
-  bool shaped = false;       // it is not the whole of its bounds
-  bool unmanaged = false;    // window managers leave it alone
+  bool drawable = true;    // false: a window that only takes input
+  bool alpha = false;      // its pixels carry alpha
+  bool shaped = false;     // it is not the whole of its bounds
+  bool unmanaged = false;  // window managers leave it alone
   Appearance shown;
   unsigned pixmapGeneration = 0;  // changes when its contents move to another pixmap
   unsigned shapeGeneration = 0;   // changes with its shape, and with its client's
