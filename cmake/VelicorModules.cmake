@@ -54,5 +54,5 @@ function(velicor_test name)
     set(labels display)
   endif()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS ${labels} TIMEOUT 120
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1")
+    ENVIRONMENT "ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1")
 endfunction()

@@ -3,10 +3,11 @@
 
 #include "platform/dispatch/main_queue.h"
 
-// Every test program has an application object and the main queue attached. Without a display the toolkit
-// draws off screen; programs that need X servers start their own.
+// Every test program has an application object and the main queue attached. The toolkit draws off screen; programs
+// that need X servers start their own.
 int main(int argc, char** argv) {
   testing::InitGoogleMock(&argc, argv);
+  qputenv("QT_QPA_PLATFORM", "offscreen");
   QApplication application(argc, argv);
   velicor::dispatch::MainQueue::shared().attach();
   const int result = RUN_ALL_TESTS();
