@@ -70,20 +70,6 @@ TEST_P(CommandTest, HandlersRunInOrderOnADeviceThreadBeforeTheWaitEnds) {
   EXPECT_NE(thread, std::this_thread::get_id());
 }
 
-TEST_P(CommandTest, AHandlerMayCommitMoreWork) {
-  const auto number = device_->makeBuffer(4, StorageMode::shared);
-  numberIn(*number) = 0;
-  std::promise<std::uint32_t> result;
-  const auto first = numberWork(*queue_, "addOne", number);
-  first->addCompletedHandler([&](const CommandBuffer&) {
-    const auto second = numberWork(*queue_, "twice", number);
-    second->addCompletedHandler([&](const CommandBuffer&) { result.set_value(numberIn(*number)); });
-    second->commit();
-  });
-  first->commit();
-  EXPECT_EQ(result.get_future().get(), 2U);
-}
-
 TEST_P(CommandTest, AnUncommittedBufferForgetsItsWorkAndHandlers) {
   const auto number = device_->makeBuffer(4, StorageMode::shared);
   numberIn(*number) = 5;

@@ -1,7 +1,5 @@
 #include "platform/gpu/device_fixture.h"
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace velicor::gpu::test {
@@ -11,17 +9,6 @@ namespace {
 void addOne(const NativeArguments& arguments, GridRange) { ++arguments.array<std::uint32_t>(0, 1)[0]; }
 
 void twice(const NativeArguments& arguments, GridRange) { arguments.array<std::uint32_t>(0, 1)[0] *= 2; }
-
-void paintPositions(const NativeArguments& arguments, GridRange range) {
-  const NativeImage& image = arguments.texture(0);
-  for (int y = range.firstRow; y < std::min(range.endRow, image.height); ++y) {
-    for (int x = 0; x < std::min(range.width, image.width); ++x) {
-      const std::array pixel{static_cast<std::byte>(x), static_cast<std::byte>(y), std::byte{0},
-                             std::byte{255}};
-      std::ranges::copy(pixel, image.pixel(x, y));
-    }
-  }
-}
 
 NativeVertex plainVertex(const NativeArguments& arguments, int index) {
   return arguments.array<const NativeVertex>(0, 3)[static_cast<std::size_t>(index)];
@@ -43,7 +30,6 @@ void showCoordinates(const NativeArguments&, const FragmentSpan& span) {
 KernelBundle testKernels() {
   return {{"addOne", {.native = addOne, .spirv = {}}},
           {"twice", {.native = twice, .spirv = {}}},
-          {"paintPositions", {.native = paintPositions, .spirv = {}}},
           {"plainVertex", {.native = plainVertex, .spirv = {}}},
           {"showCoordinates", {.native = showCoordinates, .spirv = {}}},
           {"nowhere", {}}};

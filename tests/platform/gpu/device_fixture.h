@@ -11,7 +11,6 @@ namespace velicor::gpu::test {
 
 // Little kernels to see the device work with.
 //   addOne, twice      buffer 0: one unsigned number
-//   paintPositions     texture 0, RGBA: every pixel of the grid becomes (x, y, 0, 255)
 //   plainVertex        buffer 0: three vertices
 //   showCoordinates    every pixel becomes (round(255 u), round(255 v), 0, 255) in the channels' order
 KernelBundle testKernels();

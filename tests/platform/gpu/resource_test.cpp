@@ -29,24 +29,6 @@ TEST_P(ResourceTest, FillsAndCopiesRangesOfBuffers) {
                                              std::byte{9}, std::byte{9}));
 }
 
-TEST_P(ResourceTest, KernelsSeeTheWholeGridAndLeaveOutWhatIsOutside) {
-  const auto painted = texture(20, 17, StorageMode::deviceOnly);
-  const auto commands = queue_->makeCommandBuffer();
-  const auto encoder = commands->makeComputeEncoder();
-  encoder->setPipeline(pipeline("paintPositions"));
-  encoder->setTexture(painted, 0);
-  encoder->dispatchThreadgroups({2, 2, 1}, {16, 16, 1});
-  encoder->endEncoding();
-  commands->commit();
-  const auto pixels = pixelsOf(painted);
-  for (std::size_t y = 0; y < 17; ++y) {
-    for (std::size_t x = 0; x < 20; ++x) {
-      const auto* pixel = &pixels[(y * 20 + x) * 4];
-      ASSERT_THAT(std::span(pixel, 4), ElementsAre(x, y, 0, 255));
-    }
-  }
-}
-
 TEST_P(ResourceTest, CopiesARegionBetweenTextures) {
   const auto source = texture(3, 3);
   std::array<std::byte, 36> bytes;
