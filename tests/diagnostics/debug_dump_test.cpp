@@ -1,19 +1,15 @@
 #include "diagnostics/debug_dump.h"
 
 #include <array>
-#include <cstdlib>
-#include <utility>
 
 #include <gtest/gtest.h>
 #include <QColor>
-#include <QDir>
 #include <QImage>
 #include <QTemporaryDir>
 #include <QWidget>
 
 #include "platform/gpu/native/native_device.h"
 #include "support/log_recorder.h"
-#include "support/main_loop.h"
 
 namespace velicor {
 namespace {
@@ -65,15 +61,6 @@ TEST_F(DebugDumpTest, WritesViews) {
   EXPECT_TRUE(log.contains("Velicor: dumped view panel-skin"));
 }
 
-TEST_F(DebugDumpTest, AnEmptyPrefixMeansTheWorkingDirectory) {
-  const QString before = QDir::currentPath();
-  ASSERT_TRUE(QDir::setCurrent(folder_.path()));
-  dumpTo("");
-  DebugDump::write(texture(gpu::PixelFormat::rgba8Unorm), queue_, "loupe");
-  QDir::setCurrent(before);
-  EXPECT_TRUE(QFile::exists(folder_.filePath("-loupe.png")));
-}
-
 TEST_F(DebugDumpTest, AFileThatCannotBeWrittenIsNoFailure) {
   dumpTo(folder_.filePath("missing/vc"));
   const test::LogRecorder log;
@@ -87,27 +74,6 @@ TEST_F(DebugDumpTest, SilentWithoutTheVariable) {
   QWidget view;
   DebugDump::writeView(view, "panel-skin");
   EXPECT_TRUE(log.lines().empty());
-}
-
-// The switch is read once, so that each value needs a process of its own. Ends it with 0 when counting works
-// and can't be switched off again, with 20 when it is off.
-[[noreturn]] void countAndExit() {
-  const test::LogRecorder log;
-  DebugDump::tick("captured");
-  if (!DebugDump::statsEnabled()) std::exit(20);
-  qunsetenv("VELICOR_STATS");
-  DebugDump::tick("captured");
-  std::exit(test::waitUntil([&] { return log.contains("Velicor stats/s: captured=2"); }) ? 0 : 1);
-}
-
-TEST(DebugDump, StatisticsNeedExactlyOne) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
-  for (const auto& [value, status] : {std::pair("1", 0), std::pair("01", 20), std::pair("true", 20)}) {
-    qputenv("VELICOR_STATS", value);
-    EXPECT_EXIT(countAndExit(), testing::ExitedWithCode(status), "") << value;
-  }
-  qunsetenv("VELICOR_STATS");
-  EXPECT_EXIT(countAndExit(), testing::ExitedWithCode(20), "");
 }
 
 }  // namespace

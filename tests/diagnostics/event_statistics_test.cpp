@@ -43,14 +43,6 @@ TEST_F(EventStatisticsTest, ReportsEverySecondFromTheFirstEventOn) {
   EXPECT_EQ(clock_.waiting(), 1U);
 }
 
-TEST_F(EventStatisticsTest, SortsWholeTexts) {
-  tickTimes("z", 1);
-  tickTimes("a", 10);
-  tickTimes("a-b", 2);
-  clock_.advance(1s);
-  EXPECT_THAT(reports_, ElementsAre("a-b=2 a=10 z=1"));
-}
-
 TEST_F(EventStatisticsTest, CountsFromSeveralThreadsWithOneTimer) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i)
