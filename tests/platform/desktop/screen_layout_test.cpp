@@ -17,11 +17,6 @@ TEST_P(AtScale, everyDeviceRectangleComesBackUnchanged) {
   }
 }
 
-TEST_P(AtScale, thePrimaryMonitorStartsAtTheOrigin) {
-  const DesktopRect frame = single(GetParam()).frame(0);
-  EXPECT_EQ(frame, (DesktopRect{0, 0, 1500 / GetParam(), 900 / GetParam()}));
-}
-
 TEST_P(AtScale, aRectangleKeepsItsSizeInPixelsWhereverItIs) {
   const ScreenLayout layout = single(GetParam());
   const DeviceRect first = layout.toDevice({100, 100, 175, 80.5});
@@ -34,11 +29,6 @@ TEST_P(AtScale, aRectangleKeepsItsSizeInPixelsWhereverItIs) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, AtScale, testing::Values(1.0, 1.25, 1.5, 2.0));
-
-TEST(ScreenLayout, halfPixelsGoAwayFromZero) {
-  const ScreenLayout layout{{{{0, 0, 1440, 900}, 1}}, 0};
-  EXPECT_EQ(layout.toDevice({632.5, 362.5, 175, 175}), (DeviceRect{633, 363, 175, 175}));
-}
 
 TEST(ScreenLayout, theOriginBelongsToThePrimaryMonitor) {
   // The primary stands to the right of a taller monitor and 80 pixels lower.
@@ -80,12 +70,6 @@ TEST(ScreenLayout, withoutMonitorsAPointIsAPixel) {
   const ScreenLayout layout;
   EXPECT_EQ(layout.toDevice({10, -40, 20, 30}), (DeviceRect{10, 10, 20, 30}));
   EXPECT_EQ(layout.toDesktop(DeviceRect{10, 10, 20, 30}), (DesktopRect{10, -40, 20, 30}));
-}
-
-TEST(ScreenLayout, thePointerIsAtItsPixelsCentre) {
-  const ScreenLayout layout = single(2);
-  const DesktopPoint point = layout.toDesktop(DevicePoint{100, 0});
-  EXPECT_EQ(point, (DesktopPoint{50.25, 449.75}));
 }
 
 TEST(ScreenLayout, windowsAndViewsTurnOver) {

@@ -9,7 +9,6 @@
 namespace velicor::desktop {
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr DeviceRect place{100, 100, 200, 200};
@@ -29,38 +28,34 @@ constexpr WindowId loupe = 3;
 constexpr WindowId scopes = 4;
 constexpr WindowId hint = 5;
 
-TEST(Stacking, aLoupeOnTopIsLeftAlone) {
-  EXPECT_THAT(restackSteps({ordinary(10), bypassing(loupe, 3)}), IsEmpty());
-  EXPECT_THAT(restackSteps({ordinary(10), bypassing(loupe, 3), ownManaged(scopes, 4)}), IsEmpty());
-  EXPECT_THAT(restackSteps({}), IsEmpty());
-}
-
-TEST(Stacking, theLoupeRisesAboveOrdinaryWindowsButNotAboveItsBetters) {
-  EXPECT_THAT(restackSteps({bypassing(loupe, 3), ordinary(10), ordinary(11), ownManaged(scopes, 4)}),
-              ElementsAre(RestackStep{loupe, 11, true}));
-}
-
-TEST(Stacking, theLoupeSinksBelowAHigherWindowOfOurs) {
-  EXPECT_THAT(restackSteps({ordinary(10), ownManaged(scopes, 4), bypassing(loupe, 3)}),
-              ElementsAre(RestackStep{loupe, 10, true}));
-  EXPECT_THAT(restackSteps({ownManaged(scopes, 4), bypassing(loupe, 3)}),
-              ElementsAre(RestackStep{loupe, scopes, false}));
-}
-
-TEST(Stacking, aFullScreenWindowAboveTheScopesDoesNotHideTheLoupe) {
-  EXPECT_THAT(restackSteps({bypassing(loupe, 3), ownManaged(scopes, 4), ordinary(10)}),
-              ElementsAre(RestackStep{loupe, 10, true}));
-}
-
-TEST(Stacking, foreignPopupsAreNeverFought) {
-  EXPECT_THAT(restackSteps({ordinary(10), bypassing(loupe, 3), popup(20)}), IsEmpty());
-  EXPECT_THAT(restackSteps({bypassing(loupe, 3), ordinary(10), popup(20)}),
-              ElementsAre(RestackStep{loupe, 10, true}));
-}
-
-TEST(Stacking, bypassingWindowsAmongThemselvesFollowTheirLevels) {
-  EXPECT_THAT(restackSteps({bypassing(hint, 5), bypassing(loupe, 3), ordinary(10)}),
-              ElementsAre(RestackStep{loupe, 10, true}, RestackStep{hint, loupe, true}));
+TEST(Stacking, theLoupeStandsAboveOrdinaryWindowsAndBelowItsBetters) {
+  struct Case {
+    const char* name;
+    Stack stack;
+    std::vector<RestackStep> steps;
+  };
+  const Case cases[] = {
+      {"nothing is there", {}, {}},
+      {"already in its place", {ordinary(10), bypassing(loupe, 3), ownManaged(scopes, 4)}, {}},
+      {"below ordinary windows",
+       {bypassing(loupe, 3), ordinary(10), ordinary(11), ownManaged(scopes, 4)},
+       {{loupe, 11, true}}},
+      {"above a higher window of ours",
+       {ordinary(10), ownManaged(scopes, 4), bypassing(loupe, 3)},
+       {{loupe, 10, true}}},
+      {"above a higher window of ours alone",
+       {ownManaged(scopes, 4), bypassing(loupe, 3)},
+       {{loupe, scopes, false}}},
+      {"a full screen window above the scopes",
+       {bypassing(loupe, 3), ownManaged(scopes, 4), ordinary(10)},
+       {{loupe, 10, true}}},
+      {"a foreign popup is not fought", {ordinary(10), bypassing(loupe, 3), popup(20)}, {}},
+      {"nor climbed over", {bypassing(loupe, 3), ordinary(10), popup(20)}, {{loupe, 10, true}}},
+      {"the levels of bypassing windows",
+       {bypassing(hint, 5), bypassing(loupe, 3), ordinary(10)},
+       {{loupe, 10, true}, {hint, loupe, true}}}};
+  for (const Case& each : cases)
+    EXPECT_EQ(restackSteps(each.stack), each.steps) << each.name;
 }
 
 class RandomStack : public testing::TestWithParam<unsigned> {};
