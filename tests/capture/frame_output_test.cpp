@@ -45,12 +45,5 @@ TEST_F(FrameOutputTest, PassesCompleteFramesOnly) {
   EXPECT_EQ(received.size(), 1u);
 }
 
-TEST_F(FrameOutputTest, WithoutAHandlerFramesAreDropped) {
-  output.setHandler({});
-  send({true, {{FrameStatus::complete}}, picture});
-  EXPECT_TRUE(received.empty());
-  EXPECT_EQ(picture.use_count(), 1);
-}
-
 }  // namespace
 }  // namespace velicor

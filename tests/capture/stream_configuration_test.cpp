@@ -28,11 +28,10 @@ TEST(StreamConfigurationTest, TurnsTheRegionUpsideDownIntoTheDisplay) {
   EXPECT_EQ(configuration.height, 400);
   EXPECT_EQ(configuration.pixelFormat, screencapture::PixelFormat::bgra32);
   EXPECT_EQ(configuration.colorSpace, screencapture::ColorSpace::sRGB);
-  EXPECT_EQ(configuration.queueDepth, 3);
+  EXPECT_EQ(configuration.minimumFrameInterval, (screencapture::FrameInterval{1, 15}));
   EXPECT_FALSE(configuration.showsCursor);
-}
 
-TEST(StreamConfigurationTest, ClipsToTheDisplay) {
+  // What lies beside the display is left out.
   EXPECT_EQ(streamConfiguration({900, 1000, 300, 200}, screenWithScale(1), 15).sourceRect,
             (DisplayRect{0, 0, 200, 100}));
   EXPECT_EQ(streamConfiguration({1700, 400, 300, 200}, screenWithScale(1), 15).sourceRect,
@@ -55,14 +54,6 @@ TEST(StreamConfigurationTest, RoundsTheOutputSizeHalvesAwayFromZero) {
   EXPECT_EQ(configuration.width, 422);   // 421.5
   EXPECT_EQ(configuration.height, 352);  // 352.2
   EXPECT_EQ(streamConfiguration({1000, 500, 2, 2}, screenWithScale(0.5), 15).width, 2);
-}
-
-TEST(StreamConfigurationTest, PacesByTheFrameRate) {
-  const DesktopRect region{1100, 600, 300, 200};
-  EXPECT_EQ(streamConfiguration(region, screenWithScale(1), 30).minimumFrameInterval,
-            (screencapture::FrameInterval{1, 30}));
-  EXPECT_EQ(streamConfiguration(region, screenWithScale(1), -5).minimumFrameInterval,
-            (screencapture::FrameInterval{1, 1}));
 }
 
 TEST(OwnApplicationsTest, AreFoundByProcessOrIdentifierInTheListsOrder) {
