@@ -53,6 +53,5 @@ function(velicor_test name)
   if(arg_DISPLAY)
     set(labels display)
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS ${labels} TIMEOUT 120
-    ENVIRONMENT "ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1")
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS ${labels} TIMEOUT 120)
 endfunction()

@@ -2,6 +2,7 @@
 
 #include "capture_harness.h"
 #include "platform/screencapture/x11/stack_watcher.h"
+#include "support/main_loop.h"
 #include "support/log_recorder.h"
 
 // What managers decide about windows by properties: whether they show, how strongly, and how much of a frame.
@@ -133,7 +134,8 @@ TEST_P(CaptureUnderAnyManager, ShowsWhatTheServerShows) {
     const std::size_t settled = bench.receiver->waitForQuiet();
     EXPECT_TRUE(bench.receiver->waitForFrame(settled - std::min<std::size_t>(settled, 1), isTheScreen))
         << what;
-    EXPECT_TRUE(isTheScreen(bench.freshFrame(all))) << what;
+    // A manager may still be drawing its frame.
+    EXPECT_TRUE(velicor::test::waitUntil([&] { return isTheScreen(bench.freshFrame(all)); })) << what;
   };
   follows("a window that was there");
   const xcb_window_t second = bench.other.showPattern({250, 150, 300, 200}, {3}, {.managed = true});
