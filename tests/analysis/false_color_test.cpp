@@ -12,8 +12,8 @@ constexpr int exposure = 2;
 
 class FalseColorTest : public KernelTest {
  protected:
-  Rgb painted(Rgb color, int mode, const Palette& palette = Palette::standard()) {
-    const Pixels pixels = falseColorOf(plainFrame(2, 2, color), mode, palette);
+  Rgb painted(Rgb color, int mode) {
+    const Pixels pixels = falseColorOf(plainFrame(2, 2, color), mode);
     EXPECT_EQ(pixels.at(1, 1)[3], 255);
     return pixels.rgb(1, 1);
   }
@@ -65,14 +65,6 @@ TEST_P(FalseColorTest, HeatIsTheEntryAtEachLevelAndLinearBetween) {
   EXPECT_EQ(pixels.rgb(0, 0), bytesOf(palette.heat[0]));
   EXPECT_EQ(pixels.rgb(153, 0), bytesOf(palette.heat[4]));
   EXPECT_EQ(pixels.rgb(255, 0), bytesOf(palette.heat[7]));
-}
-
-TEST_P(FalseColorTest, PaintsWithTheBoundPalette) {
-  Palette palette;
-  palette.skinOn = {0.0, 0.2, 0.4};
-  palette.heat[7] = {0.2, 0.4, 0.6};
-  EXPECT_EQ(painted({194, 150, 130}, skin, palette), (Rgb{0, 51, 102}));
-  EXPECT_EQ(painted({255, 255, 255}, exposure, palette), (Rgb{51, 102, 153}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Devices, FalseColorTest, testing::ValuesIn(gpu::test::allDevices()),

@@ -137,7 +137,7 @@ void KernelTest::renderScope(gpu::CommandBuffer& commands, const char* kernel,
   encoder->endEncoding();
 }
 
-Pixels KernelTest::falseColorOf(const PixelBufferRef& frame, int mode, const Palette& palette) {
+Pixels KernelTest::falseColorOf(const PixelBufferRef& frame, int mode) {
   const auto source = wrap(frame);
   const auto preview = picture(frame->width(), frame->height());
   const auto commands = queue_->makeCommandBuffer();
@@ -147,7 +147,7 @@ Pixels KernelTest::falseColorOf(const PixelBufferRef& frame, int mode, const Pal
   encoder->setTexture(preview, 1);
   encoder->setValue(static_cast<std::uint32_t>(mode), 0);
   encoder->setValue(kernels::Offset{}, 1);
-  encoder->setValue(palette.buffer(), 2);
+  encoder->setValue(Palette::standard().buffer(), 2);
   encoder->dispatchThreadgroups({groups(frame->width()), groups(frame->height()), 1}, {16, 16, 1});
   encoder->endEncoding();
   commands->commit();

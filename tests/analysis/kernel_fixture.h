@@ -53,7 +53,7 @@ class KernelTest : public testing::TestWithParam<gpu::test::TestDevice> {
   std::shared_ptr<gpu::Texture> wrap(const PixelBufferRef& frame);
   std::shared_ptr<gpu::Texture> picture(int width, int height);
   Scopes scopesOf(const PixelBufferRef& frame, int stride = 1);
-  Pixels falseColorOf(const PixelBufferRef& frame, int mode, const Palette& palette = Palette::standard());
+  Pixels falseColorOf(const PixelBufferRef& frame, int mode);
 
   std::shared_ptr<gpu::Device> device_ = GetParam().make();
   std::shared_ptr<gpu::CommandQueue> queue_ = device_->makeCommandQueue();

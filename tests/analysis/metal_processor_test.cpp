@@ -5,13 +5,8 @@
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <QFile>
-#include <QImage>
-#include <QTemporaryDir>
 
 #include "analysis/kernel_fixture.h"
-#include "platform/dispatch/serial_queue.h"
-#include "support/log_recorder.h"
 #include "support/main_loop.h"
 
 namespace velicor::test {
@@ -69,6 +64,7 @@ TEST_P(MetalProcessorTest, ScopesComeOnTheirCadenceAfterThePreview) {
   const auto frame = plainFrame(20, 20, lightSkin);
   std::vector<std::string> calls;
   processor_->scopeDivider = 2;
+  EXPECT_THAT(ingested(plainFrame(1, 50, lightSkin)), IsEmpty());  // too small to be counted
   for (int i = 0; i < 4; ++i)
     calls.push_back(testing::PrintToString(ingested(frame).size()));
   EXPECT_THAT(calls, ElementsAre("1", "2", "1", "2"));
@@ -121,14 +117,6 @@ TEST_P(MetalProcessorTest, AFrameOfAnotherSizeReplacesTheTextures) {
   EXPECT_EQ(processor_->frame()->size(), (gpu::Extent{30, 40}));
   EXPECT_EQ(frame->size(), (gpu::Extent{40, 30}));
   EXPECT_EQ(readPixels(frame).rgb(0, 0), lightSkin);
-}
-
-TEST_P(MetalProcessorTest, TooSmallFramesAreNotEvenCounted) {
-  processor_->scopeDivider = 2;
-  EXPECT_THAT(ingested(plainFrame(1, 50, lightSkin)), IsEmpty());
-  EXPECT_THAT(ingested(plainFrame(50, 1, lightSkin)), IsEmpty());
-  EXPECT_THAT(ingested(plainFrame(2, 2, lightSkin)), ElementsAre("preview"));
-  EXPECT_THAT(ingested(plainFrame(2, 2, lightSkin)), ElementsAre("preview", "scopes"));
 }
 
 TEST_P(MetalProcessorTest, AChangeOfColoursShowsOnTheLastFrame) {
@@ -186,30 +174,6 @@ TEST_P(MetalProcessorTest, MayEndWhileWorkIsUnderWay) {
   }
 }
 
-TEST_P(MetalProcessorTest, DumpsThePicturesOfThe60thFrame) {
-  const QTemporaryDir folder;
-  const LogRecorder log;
-  qputenv("VELICOR_DUMP", folder.filePath("vc").toUtf8());
-  processor_->scopeDivider = 3;
-  const auto ingestFrames = [&](int count) {
-    for (int i = 0; i < count; ++i)
-      processor_->ingest(plainFrame(16, 12, lightSkin));
-    dispatch::backgroundQueue().drain();
-  };
-  ingestFrames(59);
-  EXPECT_THAT(log.lines(), IsEmpty());
-  for (int round = 1; round <= 2; ++round) {
-    ingestFrames(round == 1 ? 20 : 70);
-    EXPECT_EQ(log.lines().size(), 3U * static_cast<std::size_t>(round));
-    processor_->reset();
-  }
-  qunsetenv("VELICOR_DUMP");
-  EXPECT_EQ(QImage(folder.filePath("vc-loupe.png")).pixelColor(3, 3), QColor(255, 242, 0));
-  EXPECT_EQ(QImage(folder.filePath("vc-vectorscope.png")).size(), QSize(512, 512));
-  EXPECT_EQ(QImage(folder.filePath("vc-parade.png")).size(), QSize(780, 256));
-  finished();
-}
-
 TEST(MetalProcessor, SamplesAtMostAQuarterMillionPixels) {
   EXPECT_EQ(MetalProcessor::sampleStride(500, 500), 1);
   EXPECT_EQ(MetalProcessor::sampleStride(501, 500), 2);
@@ -217,13 +181,6 @@ TEST(MetalProcessor, SamplesAtMostAQuarterMillionPixels) {
   EXPECT_EQ(MetalProcessor::sampleStride(1920, 1080), 3);
   EXPECT_EQ(MetalProcessor::sampleStride(3840, 2160), 6);
   EXPECT_EQ(MetalProcessor::sampleStride(100000, 100000), 200);
-}
-
-TEST(MetalProcessor, ModesAreTheirNumbers) {
-  EXPECT_EQ(MetalProcessor::modeFrom(1), Mode::skin);
-  EXPECT_EQ(MetalProcessor::modeFrom(MetalProcessor::id(Mode::exposure)), Mode::exposure);
-  EXPECT_EQ(MetalProcessor::modeFrom(-1), std::nullopt);
-  EXPECT_EQ(MetalProcessor::modeFrom(3), std::nullopt);
 }
 
 INSTANTIATE_TEST_SUITE_P(Devices, MetalProcessorTest, testing::ValuesIn(gpu::test::allDevices()),

@@ -114,20 +114,5 @@ TEST_F(ProcessorFailureTest, WithoutMemoryForThePreviewTheScopesGoOn) {
   EXPECT_NE(readPixels(processor_->parade()).rgb(0, 0), (Rgb{0, 0, 0}));
 }
 
-TEST_F(ProcessorFailureTest, AMissingEncoderSkipsItsOwnPassOnly) {
-  create();
-  ingested(plainFrame(20, 20, {194, 150, 130}));
-  device_->refused = {FaultyDevice::Work::blitEncoder};
-  EXPECT_EQ(ingested(plainFrame(20, 20, {0, 0, 0})), 1);
-  device_->refused = {};
-  // No copy: analysed again as it was before.
-  EXPECT_EQ(readPixels(processor_->preview()).rgb(0, 0), (Rgb{255, 242, 0}));
-  device_->refused = {FaultyDevice::Work::computeEncoder};
-  EXPECT_EQ(ingested(plainFrame(20, 20, {0, 0, 0})), 1);
-  device_->refused = {};
-  EXPECT_EQ(readPixels(processor_->preview()).rgb(0, 0), (Rgb{255, 242, 0}));
-  EXPECT_EQ(readPixels(processor_->frame()).rgb(0, 0), (Rgb{0, 0, 0}));
-}
-
 }  // namespace
 }  // namespace velicor::test

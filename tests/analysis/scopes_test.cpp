@@ -21,13 +21,6 @@ PixelBufferRef noise(int width, int height) {
   });
 }
 
-// A smooth picture with many colours.
-PixelBufferRef gradient(int width, int height) {
-  return frameOf(width, height, [=](int x, int y) {
-    return Rgb{x * 255 / (width - 1), y * 255 / (height - 1), (x + y) * 255 / (width + height - 2)};
-  });
-}
-
 int brightestOf(const Pixels& image, int x0, int x1, int y0, int y1) {
   int brightest = 0;
   for (int y = y0; y < y1; ++y) {
@@ -102,6 +95,8 @@ TEST_P(ScopesTest, WhiteIsTheTopRowOfThreePanels) {
   const Rgb red = scopes.paradeImage.rgb(0, 0), green = scopes.paradeImage.rgb(262, 0),
             blue = scopes.paradeImage.rgb(779, 0);
   EXPECT_TRUE(red[0] > red[1] && green[1] > green[2] && blue[2] > blue[0]);
+  for (const Pixels* image : {&scopes.vectorscopeImage, &scopes.paradeImage})
+    EXPECT_TRUE(std::ranges::all_of(image->rgba, [](const auto& pixel) { return pixel[3] == 255; }));
 }
 
 TEST_P(ScopesTest, ARampIsThreeEqualDiagonals) {
@@ -116,12 +111,6 @@ TEST_P(ScopesTest, ARampIsThreeEqualDiagonals) {
   }
 }
 
-TEST_P(ScopesTest, PicturesAreOpaque) {
-  const Scopes scopes = scopesOf(gradient(64, 64));
-  EXPECT_TRUE(std::ranges::all_of(scopes.vectorscopeImage.rgba, [](const auto& p) { return p[3] == 255; }));
-  EXPECT_TRUE(std::ranges::all_of(scopes.paradeImage.rgba, [](const auto& p) { return p[3] == 255; }));
-}
-
 TEST_P(ScopesTest, BrightnessFollowsTheLogarithmOfTheCount) {
   // One blue sample and 13 greens of 300: gain 1/4, so that one sample is a quarter and 13 are log2(14) / 4.
   const auto frame = frameOf(20, 15, [](int x, int y) {
@@ -133,29 +122,6 @@ TEST_P(ScopesTest, BrightnessFollowsTheLogarithmOfTheCount) {
   for (int x = 0; x < 100; ++x)
     green = std::max(green, brightestOf(image, x, x + 1, 460, 512));
   EXPECT_NEAR(green, 255 * std::log2(14.0) / 4, 1);
-}
-
-double meanBrightness(const Pixels& image) {
-  double sum = 0;
-  int lit = 0;
-  for (const auto& pixel : image.rgba) {
-    const int value = std::max({pixel[0], pixel[1], pixel[2]});
-    sum += value;
-    lit += value > 0 ? 1 : 0;
-  }
-  return sum / lit;
-}
-
-TEST_P(ScopesTest, TheStrideHardlyChangesTheBrightness) {
-  // Large flat parts and few colours, as on a screen: every lit bin is hit at both strides.
-  const auto frame = frameOf(960, 720, [](int x, int y) {
-    return Rgb{x / 60 * 15, y / 60 * 20, (x / 240) * 60};
-  });
-  const Scopes fine = scopesOf(frame, 1), coarse = scopesOf(frame, 3);
-  const double vectorscope = meanBrightness(coarse.vectorscopeImage) / meanBrightness(fine.vectorscopeImage);
-  const double parade = meanBrightness(coarse.paradeImage) / meanBrightness(fine.paradeImage);
-  EXPECT_NEAR(vectorscope, 1, 0.1);
-  EXPECT_NEAR(parade, 1, 0.1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Devices, ScopesTest, testing::ValuesIn(gpu::test::allDevices()),

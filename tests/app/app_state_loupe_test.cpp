@@ -46,18 +46,6 @@ TEST_F(AppStateLoupeTest, ALockedLoupeLetsTheMouseThroughAtOnce) {
   EXPECT_FALSE(loupe->panel().ignoresMouseEvents());
 }
 
-TEST_F(AppStateLoupeTest, RestoredSettingsAreHandedToALoupeThatComesLater) {
-  settings.setInteger("mode", 0);
-  settings.setBoolean("locked", true);
-  settings.setReal("opacity", 0.5);
-  addLoupe();
-  EXPECT_FALSE(loupe->metalView()->isHidden());
-  state().applyRestoredSettings();
-  EXPECT_TRUE(loupe->metalView()->isHidden());
-  EXPECT_TRUE(loupe->frameView().isLocked);
-  EXPECT_EQ(loupe->metalView()->alphaValue(), 0.5);
-}
-
 TEST_F(AppStateLoupeTest, ALoupeWithoutPreviewOrThatIsGoneIsNoTrouble) {
   hasProcessor = false;
   addLoupe();

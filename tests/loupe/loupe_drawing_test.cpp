@@ -88,17 +88,6 @@ TEST_P(LoupeDrawing, hasItsPartsInTheirPlacesAndColours) {
   }
 }
 
-// Black on its chip, as strong as the chip.
-TEST_P(LoupeDrawing, symbolsAreBlackAndFadeWithTheirChips) {
-  const Case& shown = GetParam();
-  const double opacity = shown.locked ? 0.35 : 1;
-  const double ground = 0.95 * opacity;
-  const QColor middle = at(-13, 13);
-  EXPECT_NEAR(middle.alphaF(), opacity + ground * (1 - opacity), 0.01);
-  const double yellow = ground * (1 - opacity) / middle.alphaF();
-  EXPECT_NEAR(middle.redF(), look::systemYellow.redF() * yellow, 0.02);
-}
-
 INSTANTIATE_TEST_SUITE_P(Looks, LoupeDrawing,
                          testing::Values(Case{1, false, true, false}, Case{1, true, true, false},
                                          Case{1, false, false, true}, Case{1, true, false, true},
