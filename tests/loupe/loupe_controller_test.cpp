@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <optional>
 
 #include <gtest/gtest.h>
 #include <QApplication>
@@ -23,6 +24,7 @@ namespace {
 using desktop::Cursor;
 using test::waitUntil;
 using test::xServer;
+using Zone = LoupeFrameView::Zone;
 
 // A window of another program that counts the clicks it gets.
 class ClickTarget {
@@ -113,21 +115,48 @@ TEST_F(LoupeTest, startsInTheMiddleOfTheScreen) {
   EXPECT_EQ(loupe.metalView(), nullptr);
 }
 
-TEST_F(LoupeTest, followsTheMouseToThePixelAndOffTheScreen) {
-  drag(at(158, 160), {1, 898});
+TEST_F(LoupeTest, followsTheMouseToThePixel) {
+  drag(at(158, 160), {1200, 100});
   const DesktopRect frame = loupe.panel().frame();
   EXPECT_EQ(frame.width, 175);
-  EXPECT_EQ(at(158, 160), (DevicePoint{1, 898}));
+  EXPECT_EQ(at(158, 160), (DevicePoint{1200, 100}));
   EXPECT_EQ(reported.back(), frame);
 }
 
-TEST_F(LoupeTest, aCornerDragsItsOwnEdges) {
-  const DesktopRect before = loupe.panel().frame();
-  const DevicePoint from = at(4, 170);
-  drag(from, {from.x + 30, from.y - 20});
-  EXPECT_EQ(loupe.panel().frame(),
-            (DesktopRect{before.x + 30, before.y, before.width - 30, before.height + 20}));
+TEST_F(LoupeTest, mayLeaveTheScreen) {
+  drag(at(160, 160), {0, 899});
+  EXPECT_LT(loupe.panel().frame().minX(), 0);
+  EXPECT_LT(loupe.panel().frame().minY(), 0);
 }
+
+struct Grip {
+  const char* name;
+  int x;
+  int y;
+  DesktopRect change;  // of the frame, when dragged 30 points right and 20 up
+};
+
+class LoupeGrips : public LoupeTest, public testing::WithParamInterface<Grip> {};
+
+TEST_P(LoupeGrips, dragsItsOwnEdges) {
+  const DesktopRect before = loupe.panel().frame();
+  const Grip& grip = GetParam();
+  const DevicePoint from = at(grip.x, grip.y);
+  drag(from, {from.x + 30, from.y - 20});
+  const DesktopRect after = loupe.panel().frame();
+  EXPECT_EQ((DesktopRect{after.x - before.x, after.y - before.y, after.width - before.width,
+                         after.height - before.height}),
+            grip.change);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, LoupeGrips,
+    testing::Values(Grip{"left", 4, 88, {30, 0, -30, 0}}, Grip{"right", 170, 88, {0, 0, 30, 0}},
+                    Grip{"top", 88, 170, {0, 0, 0, 20}}, Grip{"bottom", 88, 4, {0, 20, 0, -20}},
+                    Grip{"topLeft", 4, 170, {30, 0, -30, 20}}, Grip{"topRight", 172, 172, {0, 0, 30, 20}},
+                    Grip{"bottomLeft", 4, 4, {30, 20, -30, -20}},
+                    Grip{"bottomRight", 170, 4, {0, 20, 30, -20}}),
+    [](const auto& grip) { return grip.param.name; });
 
 TEST_F(LoupeTest, clicksInsideReachTheApplicationBelow) {
   ClickTarget below(client, {500, 200, 500, 500});
@@ -135,6 +164,12 @@ TEST_F(LoupeTest, clicksInsideReachTheApplicationBelow) {
   hover(at(88, 88), false);
   robot.click(at(88, 88));
   EXPECT_TRUE(waitUntil([&] { return below.clicks() == 1; }));
+
+  hover(at(20, 88), true);
+  robot.click(at(20, 88));
+  hover(at(30, 88), false);
+  robot.click(at(30, 88));
+  EXPECT_TRUE(waitUntil([&] { return below.clicks() == 2; }));
 }
 
 TEST_F(LoupeTest, aLockedLoupeTakesNothingButItsChip) {
@@ -186,10 +221,44 @@ TEST_F(LoupeTest, hoveringTakesTheKeyboardAndLeavingGivesItBack) {
   }
 }
 
+TEST_F(LoupeTest, backAtTheStartADragHasNoDisplacement) {
+  std::vector<DesktopSize> steps;
+  loupe.frameView().onDrag = [&](Zone, DesktopSize delta, DesktopRect frame) {
+    steps.push_back(delta);
+    EXPECT_EQ(frame, (DesktopRect{632.5, 362.5, 175, 175}));
+  };
+  hover(at(4, 88), true);
+  const DevicePoint grip = at(4, 88);
+  robot.press();
+  robot.moveTo({grip.x - 50, grip.y});
+  ASSERT_TRUE(waitUntil([&] { return !steps.empty() && steps.back() == DesktopSize{-50, 0}; }));
+  robot.moveTo(grip);
+  EXPECT_TRUE(waitUntil([&] { return steps.back() == DesktopSize{0, 0}; }));
+  robot.release();
+  EXPECT_TRUE(waitUntil([&] { return !loupe.frameView().isInteracting(); }));
+}
+
+// A second monitor to the right of the server's own.
+class SideMonitor {
+ public:
+  explicit SideMonitor(test::XClient& client) : client_(client) {
+    client_.defineMonitor("side", {1440, 0, 720, 900}, false);
+    test::announceMonitors(client_, true);
+  }
+  ~SideMonitor() {
+    client_.deleteMonitor("side");
+    test::announceMonitors(client_, false);
+  }
+  SideMonitor(const SideMonitor&) = delete;
+  SideMonitor& operator=(const SideMonitor&) = delete;
+
+ private:
+  test::XClient& client_;
+};
+
 TEST_F(LoupeTest, returnsFromAScreenThatGoesAndTellsOfEveryChange) {
   const auto screens = [&] { return desktop->screens().screens().size(); };
-  client.defineMonitor("side", {1440, 0, 720, 900}, false);
-  test::announceMonitors(client, true);
+  std::optional<SideMonitor> side(client);
   ASSERT_TRUE(waitUntil([&] { return screens() == 2; }));
   test::settle();
   EXPECT_EQ(reported, std::vector{(DesktopRect{632.5, 362.5, 175, 175})});
@@ -197,12 +266,24 @@ TEST_F(LoupeTest, returnsFromAScreenThatGoesAndTellsOfEveryChange) {
   loupe.panel().setFrame({1600, 100, 200, 100});
   test::settle();
   reported.clear();
-  client.deleteMonitor("side");
-  test::announceMonitors(client, false);
+  side.reset();
   ASSERT_TRUE(waitUntil([&] { return screens() == 1; }));
   test::settle();
   EXPECT_EQ(reported, std::vector{(DesktopRect{620, 400, 200, 100})});
   EXPECT_EQ(loupe.panel().deviceFrame(), (DeviceRect{620, 400, 200, 100}));
+}
+
+TEST_F(LoupeTest, whereItWasDraggedOffTheScreensAChangeOfThemLeavesIt) {
+  const DesktopRect off{100, 2000, 175, 175};
+  loupe.panel().setFrame(off);
+  {
+    const SideMonitor side(client);
+    ASSERT_TRUE(waitUntil([&] { return desktop->screens().screens().size() == 2; }));
+  }
+  ASSERT_TRUE(waitUntil([&] { return desktop->screens().screens().size() == 1; }));
+  test::settle();
+  EXPECT_EQ(loupe.panel().frame(), off);
+  EXPECT_EQ(reported.back(), off);
 }
 
 TEST_F(LoupeTest, aDragThatLosesItsReleaseIsOver) {
@@ -227,24 +308,16 @@ TEST_F(LoupeTest, aDragThatLosesItsReleaseIsOver) {
   robot.release();
 }
 
-class LoupeWithProcessor : public testing::Test {
- protected:
-  LoupeWithProcessor() {
-    processor->mode = MetalProcessor::Mode::original;
-    processor->onPreview = [] {
-      notifications::NotificationCenter::defaultCenter().post(velicorPreviewReady);
-    };
-    loupe.metalView()->hide();
-    loupe.panel().orderFront();
-  }
-
-  std::unique_ptr<desktop::Desktop> desktop = std::move(*desktop::Desktop::open());
-  std::shared_ptr<MetalProcessor> processor = MetalProcessor::create();
-  LoupeController loupe{processor, *desktop};
-};
-
-TEST_F(LoupeWithProcessor, paintsTheCapturedFrameOnlyWithoutACompositor) {
+TEST(LoupeWithProcessor, paintsTheCapturedFrameOnlyWithoutACompositor) {
+  const std::unique_ptr<desktop::Desktop> desktop = std::move(*desktop::Desktop::open());
+  const std::shared_ptr<MetalProcessor> processor = MetalProcessor::create();
+  processor->mode = MetalProcessor::Mode::original;
+  processor->onPreview = [] { notifications::NotificationCenter::defaultCenter().post(velicorPreviewReady); };
+  LoupeController loupe(processor, *desktop);
+  loupe.metalView()->hide();
+  loupe.panel().orderFront();
   ASSERT_NE(loupe.capturedFrameView(), nullptr);
+
   auto frame = std::make_shared<PixelBuffer>(175, 175);
   std::fill_n(frame->bytes(), frame->bytesPerRow() * 175, std::byte{200});
   processor->ingest(frame);
@@ -260,8 +333,16 @@ TEST_F(LoupeWithProcessor, paintsTheCapturedFrameOnlyWithoutACompositor) {
 }
 
 // Over the screen's edge, without a compositor: every captured pixel lies where it was taken from.
-TEST_F(LoupeWithProcessor, paintsTheCapturedFrameOnItsPartOfTheScreen) {
+TEST(LoupeWithProcessor, paintsTheCapturedFrameOnItsPartOfTheScreen) {
+  const std::unique_ptr<desktop::Desktop> desktop = std::move(*desktop::Desktop::open());
+  const std::shared_ptr<MetalProcessor> processor = MetalProcessor::create();
+  processor->mode = MetalProcessor::Mode::original;
+  processor->onPreview = [] { notifications::NotificationCenter::defaultCenter().post(velicorPreviewReady); };
+  LoupeController loupe(processor, *desktop);
+  loupe.metalView()->hide();
   loupe.frameView().hide();
+  loupe.panel().orderFront();
+
   constexpr int visible = 100;
   auto frame = std::make_shared<PixelBuffer>(visible, 175);
   for (std::size_t row = 0; row < 175; ++row) {
