@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <QCloseEvent>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
@@ -10,6 +11,7 @@
 
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/monitor_screens.h"
+#include "platform/desktop/panel_drag.h"
 #include "platform/desktop/toolkit_window.h"
 #include "platform/desktop/window_stack.h"
 
@@ -50,8 +52,22 @@ class Panel::Carrier : public QWidget {
 
   Panel& panel;
   QWidget* content = nullptr;
+  std::optional<PanelDrag> drag;  // where the background moves the panel
 
  protected:
+  void mousePressEvent(QMouseEvent* event) override {
+    if (drag) drag->press(*event);
+  }
+  void mouseMoveEvent(QMouseEvent* event) override {
+    if (drag) drag->move(*event);
+  }
+  void mouseReleaseEvent(QMouseEvent*) override {
+    if (drag) drag->release();
+  }
+  void closeEvent(QCloseEvent* event) override {
+    event->setAccepted(!panel.delegate_ || panel.delegate_->windowShouldClose(panel));
+  }
+
   bool event(QEvent* event) override {
     const bool handled = QWidget::event(event);
     switch (event->type()) {
@@ -116,7 +132,9 @@ void Panel::applyFrame() {
   const DeviceRect wanted = desktop_.screens().layout().toDevice(frame_);
   if (wanted == deviceFrame_) return;
   deviceFrame_ = wanted;
-  toolkit::configure(toolkit::identifierOf(*carrier_), deviceFrame_);
+  const WindowId window = toolkit::identifierOf(*carrier_);
+  if (kind_ == PanelKind::managed) toolkit::fixSize(window, deviceFrame_);
+  toolkit::configure(window, deviceFrame_);
 }
 
 void Panel::noteFrame(const DesktopRect& before) {
@@ -146,6 +164,7 @@ void Panel::setLevel(int level) {
 
 void Panel::orderFront() {
   if (!carrier_->isVisible()) {
+    if (kind_ == PanelKind::managed) toolkit::joinAllDesktops(toolkit::identifierOf(*carrier_));
     carrier_->show();
     becameShown();
   }
@@ -156,6 +175,7 @@ void Panel::orderFront() {
 // The toolkit shows a window with its own idea of the place, and nobody's idea of an input shape.
 void Panel::becameShown() {
   const WindowId window = toolkit::identifierOf(*carrier_);
+  if (kind_ == PanelKind::managed) toolkit::fixSize(window, deviceFrame_);
   toolkit::configure(window, deviceFrame_);
   toolkit::setClickThrough(window, ignoresMouse_);
 }
@@ -175,6 +195,13 @@ void Panel::setIgnoresMouseEvents(bool ignores) {
   ignoresMouse_ = ignores;
   if (isVisible()) toolkit::setClickThrough(toolkit::identifierOf(*carrier_), ignores);
 }
+
+void Panel::setMovableByBackground(bool movable) {
+  carrier_->drag.reset();
+  if (movable) carrier_->drag.emplace(*this);
+}
+
+void Panel::setTitle(const std::string& title) { carrier_->setWindowTitle(QString::fromStdString(title)); }
 
 void Panel::makeKey() {
   if (!canBecomeKey() || !isVisible() || key_) return;

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "platform/base/geometry.h"
 #include "platform/desktop/cursor.h"
@@ -21,18 +22,21 @@ struct DeviceSize {
   friend bool operator==(const DeviceSize&, const DeviceSize&) = default;
 };
 
-// Hears that a panel has a new frame, whoever gave it.
+// Hears that a panel has a new frame, whoever gave it, and that the user wants to close it.
 class PanelDelegate {
  public:
   virtual ~PanelDelegate() = default;
-  virtual void windowDidMove(Panel& panel) = 0;
-  virtual void windowDidResize(Panel& panel) = 0;
+  virtual void windowDidMove(Panel&) {}
+  virtual void windowDidResize(Panel&) {}
+
+  // Whether the panel is ordered out now.
+  virtual bool windowShouldClose(Panel&) { return true; }
 };
 
 // How a panel meets the window manager.
 enum class PanelKind {
   bypassing,  // not at all: exact frames at once, on all desktops, above full-screen windows
-  managed,    // an undecorated window that the manager keeps above
+  managed,    // an undecorated window that the manager keeps above and on all desktops, of one size
 };
 
 // A borderless window of ours with an alpha channel, placed in desktop points. Never activates the program by
@@ -73,6 +77,13 @@ class Panel {
   bool ignoresMouseEvents() const { return ignoresMouse_; }
   void setIgnoresMouseEvents(bool ignores);
 
+  // The left mouse button moves the panel by any part of it that has no use for the mouse: through the window
+  // manager where it offers that.
+  void setMovableByBackground(bool movable);
+
+  // What a window manager's list of windows calls it.
+  void setTitle(const std::string& title);
+
   // Borderless windows take no keys unless they say so.
   virtual bool canBecomeKey() const { return false; }
 
@@ -96,6 +107,7 @@ class Panel {
   void setContentView(std::unique_ptr<QWidget> view);
   QWidget& window() const;
   Desktop& desktop() const { return desktop_; }
+  PanelKind kind() const { return kind_; }
 
  private:
   class Carrier;

@@ -1,10 +1,16 @@
 #include "platform/desktop/toolkit_window.h"
 
 #include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
+#include <string_view>
+#include <vector>
 
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 #include <QApplication>
+#include <QRegion>
 #include <QScreen>
 #include <QWidget>
 #include <QWindow>
@@ -40,6 +46,14 @@ void forget(xcb_void_cookie_t cookie) {
   xcb_flush(connection());
 }
 
+// XCB_ATOM_NONE where the server has gone. A round trip.
+xcb_atom_t atom(std::string_view name);
+
+void setNumbers(WindowId window, xcb_atom_t property, xcb_atom_t type, std::span<const std::uint32_t> values) {
+  forget(xcb_change_property_checked(connection(), XCB_PROP_MODE_REPLACE, window, property, type, 32,
+                                     static_cast<std::uint32_t>(values.size()), values.data()));
+}
+
 std::uint32_t asWord(int value) { return static_cast<std::uint32_t>(value); }
 
 template <typename Reply, typename Cookie>
@@ -48,6 +62,19 @@ x11::Owned<Reply> reply(Reply* (*fetch)(xcb_connection_t*, Cookie, xcb_generic_e
   x11::Owned<Reply> result(fetch(connection(), cookie, &error));
   const x11::Owned<xcb_generic_error_t> dropped(error);
   return result;
+}
+
+xcb_atom_t atom(std::string_view name) {
+  const auto cookie =
+      xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+  const auto answer = reply(xcb_intern_atom_reply, cookie);
+  return answer ? answer->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+// Menus, popovers and tooltips place themselves, as bypassing windows do.
+bool isManaged(const QWidget& window) {
+  return window.windowType() != Qt::Popup && window.windowType() != Qt::ToolTip &&
+         !window.windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
 }
 
 }  // namespace
@@ -124,18 +151,49 @@ void focusIfViewable(WindowId window) {
 
 void removeShadow(WindowId window) {
   if (window == 0) return;
-  static constexpr char name[] = "_COMPTON_SHADOW";
-  const auto atom = reply(xcb_intern_atom_reply, xcb_intern_atom(connection(), 0, sizeof name - 1, name));
   const std::uint32_t none = 0;
-  if (!atom) return;
-  forget(xcb_change_property_checked(connection(), XCB_PROP_MODE_REPLACE, window, atom->atom,
-                                     XCB_ATOM_CARDINAL, 32, 1, &none));
+  setNumbers(window, atom("_COMPTON_SHADOW"), XCB_ATOM_CARDINAL, {&none, 1});
+}
+
+void setBlurBehind(WindowId window, const QRegion& parts) {
+  if (window == 0) return;
+  const xcb_atom_t property = atom("_KDE_NET_WM_BLUR_BEHIND_REGION");
+  if (parts.isEmpty()) return forget(xcb_delete_property_checked(connection(), window, property));
+  std::vector<std::uint32_t> values;
+  for (const QRect& part : parts) {
+    values.insert(values.end(),
+                  {asWord(part.x()), asWord(part.y()), asWord(part.width()), asWord(part.height())});
+  }
+  setNumbers(window, property, XCB_ATOM_CARDINAL, values);
+}
+
+void joinAllDesktops(WindowId window) {
+  if (window == 0) return;
+  const std::uint32_t all = UINT32_MAX;
+  setNumbers(window, atom("_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, {&all, 1});
+}
+
+// What else the toolkit has said in the property stays.
+void fixSize(WindowId window, const DeviceRect& rect) {
+  if (window == 0) return;
+  constexpr std::uint32_t hasMinimumSize = 1U << 4;
+  constexpr std::uint32_t hasMaximumSize = 1U << 5;
+  std::array<std::uint32_t, 18> hints{};
+  const auto present = reply(xcb_get_property_reply,
+                             xcb_get_property(connection(), 0, window, XCB_ATOM_WM_NORMAL_HINTS,
+                                              XCB_ATOM_WM_SIZE_HINTS, 0, hints.size()));
+  if (present && xcb_get_property_value_length(present.get()) == sizeof hints) {
+    std::memcpy(hints.data(), xcb_get_property_value(present.get()), sizeof hints);
+  }
+  hints[0] |= hasMinimumSize | hasMaximumSize;
+  hints[5] = hints[7] = asWord(rect.width);
+  hints[6] = hints[8] = asWord(rect.height);
+  setNumbers(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, hints);
 }
 
 void setLevel(QWidget& window, int level) {
   window.setProperty(levelProperty, level);
-  const bool bypassing = window.windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
-  if (!bypassing && window.windowHandle()) {
+  if (isManaged(window) && window.windowHandle()) {
     window.windowHandle()->setFlag(Qt::WindowStaysOnTopHint, level > 0);
   }
 }

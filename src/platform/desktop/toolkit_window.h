@@ -8,6 +8,7 @@
 #include "platform/desktop/stacking.h"
 
 class QPointF;
+class QRegion;
 class QScreen;
 class QWidget;
 
@@ -48,6 +49,16 @@ void focusIfViewable(WindowId window);
 
 // Asks compositing managers to draw no shadow.
 void removeShadow(WindowId window);
+
+// Asks compositing managers to blur what shines through these parts of the window, in device pixels from its
+// top-left corner; none to blur nothing.
+void setBlurBehind(WindowId window, const QRegion& parts);
+
+// Asks the window manager to show the window on every desktop. To be set again before every map: it forgets.
+void joinAllDesktops(WindowId window);
+
+// Tells the window manager that the window has this one size. To be set again after every map.
+void fixSize(WindowId window, const DeviceRect& rect);
 
 // A level among our windows; goes with the widget, shown or not. 0 for windows that were given none.
 void setLevel(QWidget& window, int level);
