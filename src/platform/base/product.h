@@ -10,6 +10,9 @@ inline constexpr std::string_view name = "Velicor";
 // Identifier of the application, by which the desktop and lists of applications know it.
 inline constexpr std::string_view identifier = "example.velicor.Velicor";
 
+// The product's web site; everything on it is reached over HTTPS.
+inline constexpr std::string_view siteHost = "velicor.example";
+
 // "major.minor.patch" and the build number, both from the CMake project.
 std::string_view version();
 std::string_view build();
