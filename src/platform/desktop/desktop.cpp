@@ -37,6 +37,7 @@ MonitorScreens& Desktop::screens() { return services_->screens; }
 WindowStack& Desktop::windows() { return services_->windows; }
 Pointer& Desktop::pointer() { return services_->pointer; }
 Compositor& Desktop::compositor() { return services_->compositor; }
+DisplayServer& Desktop::server() { return services_->server; }
 Signal<>& Desktop::lost() { return services_->server.lost; }
 
 }  // namespace velicor::desktop

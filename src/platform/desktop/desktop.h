@@ -8,6 +8,7 @@
 namespace velicor::desktop {
 
 class Compositor;
+class DisplayServer;
 class MonitorScreens;
 class Pointer;
 class WindowStack;
@@ -27,6 +28,9 @@ class Desktop {
   WindowStack& windows();
   Pointer& pointer();
   Compositor& compositor();
+
+  // The connection, for the services that add to these.
+  DisplayServer& server();
 
   // Called once, when the X server is gone.
   Signal<>& lost();
