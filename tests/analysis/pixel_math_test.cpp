@@ -38,14 +38,14 @@ void forColours(int step, Check check) {
 }
 
 TEST(PixelMath, LumaIsExactAndGreyStaysGrey) {
-  forColours(15, [](Pixel p) { ASSERT_NEAR(luma(p) / double{fullLuma}, referenceOf(p).luma, 1e-12); });
+  forColours(15, [](Pixel p) { ASSERT_NEAR(lumaOf(p) / double{fullLuma}, referenceOf(p).luma, 1e-12); });
   for (int v = 0; v < 256; ++v) {
-    EXPECT_EQ(luma({v, v, v}), v * lumaUnit);
-    EXPECT_EQ(greyOf(luma({v, v, v})), v);
-    EXPECT_EQ(cbBin({v, v, v}, luma({v, v, v})), 128);
-    EXPECT_EQ(crBin({v, v, v}, luma({v, v, v})), 128);
-    EXPECT_EQ(chroma({v, v, v}).cb, 0);
-    EXPECT_EQ(chroma({v, v, v}).cr, 0);
+    EXPECT_EQ(lumaOf({v, v, v}), v * lumaUnit);
+    EXPECT_EQ(greyOf(lumaOf({v, v, v})), v);
+    EXPECT_EQ(cbBin({v, v, v}, lumaOf({v, v, v})), 128);
+    EXPECT_EQ(crBin({v, v, v}, lumaOf({v, v, v})), 128);
+    EXPECT_EQ(chromaOf({v, v, v}).cb, 0);
+    EXPECT_EQ(chromaOf({v, v, v}).cr, 0);
   }
 }
 
@@ -53,27 +53,27 @@ TEST(PixelMath, BinsContainTheirColours) {
   constexpr double slack = 1e-9;
   forColours(5, [](Pixel p) {
     const Reference reference = referenceOf(p);
-    const double left = cbBin(p, luma(p)) / 256.0 - 0.5;
-    const double top = 0.5 - crBin(p, luma(p)) / 256.0;
+    const double left = cbBin(p, lumaOf(p)) / 256.0 - 0.5;
+    const double top = 0.5 - crBin(p, lumaOf(p)) / 256.0;
     ASSERT_TRUE(left <= reference.cb + slack && reference.cb <= left + 1 / 256.0 + slack)
         << p.r << p.g << p.b;
     ASSERT_TRUE(top - 1 / 256.0 <= reference.cr + slack && reference.cr <= top + slack) << p.r << p.g << p.b;
   });
-  EXPECT_EQ(crBin({255, 0, 0}, luma({255, 0, 0})), 0);
-  EXPECT_EQ(cbBin({255, 0, 0}, luma({255, 0, 0})), 98);  // Cb −0.1146
-  EXPECT_EQ(crBin({0, 255, 255}, luma({0, 255, 255})), 255);
-  EXPECT_EQ(cbBin({0, 0, 255}, luma({0, 0, 255})), 255);
-  EXPECT_EQ(cbBin({255, 255, 0}, luma({255, 255, 0})), 0);
+  EXPECT_EQ(crBin({255, 0, 0}, lumaOf({255, 0, 0})), 0);
+  EXPECT_EQ(cbBin({255, 0, 0}, lumaOf({255, 0, 0})), 98);  // Cb −0.1146
+  EXPECT_EQ(crBin({0, 255, 255}, lumaOf({0, 255, 255})), 255);
+  EXPECT_EQ(cbBin({0, 0, 255}, lumaOf({0, 0, 255})), 255);
+  EXPECT_EQ(cbBin({255, 255, 0}, lumaOf({255, 255, 0})), 0);
 }
 
-SkinZone zoneOf(const Reference& reference) {
+int zoneOf(const Reference& reference) {
   const SkinZones& limits = skinZones;
-  if (reference.luma < limits.minLuma || reference.luma > limits.maxLuma) return SkinZone::notSkin;
-  if (reference.chroma < limits.minChroma || reference.chroma > limits.maxChroma) return SkinZone::notSkin;
+  if (reference.luma < limits.minLuma || reference.luma > limits.maxLuma) return zoneNotSkin;
+  if (reference.chroma < limits.minChroma || reference.chroma > limits.maxChroma) return zoneNotSkin;
   const double delta = reference.hueFromLine;
-  if (std::abs(delta) <= limits.onLine) return SkinZone::onLine;
-  if (delta > 0) return delta <= limits.driftingGreen ? SkinZone::green : SkinZone::notSkin;
-  return delta >= limits.driftingPink ? SkinZone::pink : SkinZone::notSkin;
+  if (std::abs(delta) <= limits.onLine) return zoneOnLine;
+  if (delta > 0) return delta <= limits.driftingGreen ? zoneGreen : zoneNotSkin;
+  return delta >= limits.driftingPink ? zonePink : zoneNotSkin;
 }
 
 // Too near to a border for the integers to be held to the real numbers.
@@ -92,7 +92,7 @@ TEST(PixelMath, SkinZonesFollowTheirTable) {
   forColours(3, [&](Pixel p) {
     const Reference reference = referenceOf(p);
     if (isOnABorder(reference)) return;
-    const SkinZone zone = skinZone(p, luma(p));
+    const int zone = skinZone(p, lumaOf(p));
     ASSERT_EQ(zone, zoneOf(reference)) << p.r << " " << p.g << " " << p.b << " hue " << reference.hueFromLine;
     ++seen[static_cast<std::size_t>(zone)];
   });

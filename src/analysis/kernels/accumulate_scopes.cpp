@@ -15,7 +15,7 @@ struct Counters {
 
   // The device runs one dispatch on one thread, so that plain additions count every sample.
   void add(color::Pixel pixel, std::size_t column) {
-    const std::int32_t luma = color::luma(pixel);
+    const std::int32_t luma = color::lumaOf(pixel);
     const auto row = static_cast<std::size_t>(color::crBin(pixel, luma));
     ++vectorscope[row * scopeBins + static_cast<std::size_t>(color::cbBin(pixel, luma))];
     ++parade[static_cast<std::size_t>(pixel.r) * scopeBins + column];

@@ -18,8 +18,8 @@ struct Tap {
   std::uint32_t weight;
 };
 
-// Texel centres lie at (i + 0.5) / count. Rounding to 1/256 makes an exact hit of what should be one. The
-// coordinate is not negative: moved up by a few texels, truncation rounds the same way on both sides of zero.
+// Texel centres lie at (i + 0.5) / count. Rounding to 1/256 makes an exact hit of what should be one. Moved up
+// by a few texels, truncation rounds the same way on both sides of zero; what lies further down is outside.
 std::int64_t position(double coordinate, int count) {
   constexpr std::int64_t texels = 4;
   return static_cast<std::int64_t>((coordinate * count - 0.5 + texels) * 256 + 0.5) - texels * 256;
@@ -31,7 +31,10 @@ Tap tapAt(std::int64_t position, int count) {
           static_cast<std::uint32_t>(position & 255)};
 }
 
-bool isInside(double coordinate) { return coordinate >= 0 && coordinate < 1; }
+// Decided on the rounded place, so that an edge right on a pixel's centre falls to the same side everywhere.
+bool isInside(std::int64_t position, int count) {
+  return position >= -128 && position < std::int64_t{256} * count - 128;
+}
 
 // A pixel's four bytes in four lanes of 16 bits.
 using Lanes = std::uint64_t;
@@ -105,12 +108,14 @@ struct InnerSpan {
   int end;
 };
 
-InnerSpan innerSpan(const gpu::FragmentSpan& span) {
-  const auto at = [&](int x) { return span.u + span.du * (x - span.xBegin); };
+InnerSpan innerSpan(const gpu::FragmentSpan& span, int width) {
+  const auto isInsideAt = [&](int x) {
+    return isInside(position(span.u + span.du * (x - span.xBegin), width), width);
+  };
   InnerSpan inner{span.xBegin, span.xEnd};
-  while (inner.begin < inner.end && !isInside(at(inner.begin)))
+  while (inner.begin < inner.end && !isInsideAt(inner.begin))
     ++inner.begin;
-  while (inner.begin < inner.end && !isInside(at(inner.end - 1)))
+  while (inner.begin < inner.end && !isInsideAt(inner.end - 1))
     --inner.end;
   return inner;
 }
@@ -119,17 +124,16 @@ InnerSpan innerSpan(const gpu::FragmentSpan& span) {
 
 gpu::NativeVertex blitVertex(const gpu::NativeArguments& arguments, int vertexIndex) {
   const auto scale = arguments.value<Scale>(0);
-  // Twice the square in both directions; what lies beyond the texture is left out again.
-  const float x = vertexIndex == 1 ? 3.0F : -1.0F;
-  const float y = vertexIndex == 2 ? 3.0F : -1.0F;
+  const float x = vertexIndex == 1 ? blitFar : blitNear;
+  const float y = vertexIndex == 2 ? blitFar : blitNear;
   return {x * scale.x, y * scale.y, (x + 1) * 0.5F, (1 - y) * 0.5F};
 }
 
 void blitFragment(const gpu::NativeArguments& arguments, const gpu::FragmentSpan& span) {
   const gpu::NativeImage& source = arguments.texture(0);
-  if (!isInside(span.v)) return;
+  if (!isInside(position(span.v, source.height), source.height)) return;
   const RowSampler sampler(source, span.target, span.v);
-  const auto [begin, end] = innerSpan(span);
+  const auto [begin, end] = innerSpan(span, source.width);
   if (begin >= end) return;
   const auto positionAt = [&](int x) { return position(span.u + span.du * (x - span.xBegin), source.width); };
   std::byte* to = span.target.pixel(begin, span.y);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-
 // The colour facts that everything in the analysis agrees on: kernels, graticules and tests. Nothing else in
 // the sources spells them out.
 namespace velicor::color {
@@ -30,12 +28,5 @@ struct SkinZones {
   double maxLuma = 0.95;
 };
 inline constexpr SkinZones skinZones;
-
-// Red, green and blue at full brightness, 0…1. The vectorscope's trace, and the parade's three panels: blue
-// is lightened most, so that it stays visible.
-using Tint = std::array<float, 3>;
-inline constexpr Tint vectorscopeTint{0.82F, 1.0F, 0.86F};
-inline constexpr std::array<Tint, 3> paradeTints{
-    {{1.0F, 0.36F, 0.33F}, {0.36F, 0.95F, 0.42F}, {0.42F, 0.58F, 1.0F}}};
 
 }  // namespace velicor::color

@@ -1,17 +1,18 @@
 #include "analysis/kernels/default_library.h"
 
 #include "analysis/kernels/native_kernels.h"
+#include "velicor_analysis_shaders.h"
 
 namespace velicor {
 
 std::shared_ptr<gpu::Library> defaultLibrary(const std::shared_ptr<gpu::Device>& device) {
   return device->makeLibrary({
-      {"falseColor", {.native = kernels::falseColor, .spirv = {}}},
-      {"accumulateScopes", {.native = kernels::accumulateScopes, .spirv = {}}},
-      {"renderVectorscope", {.native = kernels::renderVectorscope, .spirv = {}}},
-      {"renderParade", {.native = kernels::renderParade, .spirv = {}}},
-      {"blitVertex", {.native = kernels::blitVertex, .spirv = {}}},
-      {"blitFragment", {.native = kernels::blitFragment, .spirv = {}}},
+      {"falseColor", {.native = kernels::falseColor, .spirv = shaders::falseColor}},
+      {"accumulateScopes", {.native = kernels::accumulateScopes, .spirv = shaders::accumulateScopes}},
+      {"renderVectorscope", {.native = kernels::renderVectorscope, .spirv = shaders::renderVectorscope}},
+      {"renderParade", {.native = kernels::renderParade, .spirv = shaders::renderParade}},
+      {"blitVertex", {.native = kernels::blitVertex, .spirv = shaders::blitVertex}},
+      {"blitFragment", {.native = kernels::blitFragment, .spirv = shaders::blitFragment}},
   });
 }
 

@@ -13,38 +13,37 @@ namespace {
 
 constexpr std::uint32_t skinMode = 1;
 
-using PaletteEntries = std::span<const std::array<float, 4>>;
+using Color = std::array<float, 4>;
+using PaletteEntries = std::span<const Color>;
 
-Packed opaque(const std::array<float, 4>& color) {
-  return packed({byteOf(color[0]), byteOf(color[1]), byteOf(color[2]), 255});
+constexpr bool heatScaleIsThePalettes() {
+  for (std::size_t k = 0; k + 1 < Palette::heatCount; ++k) {
+    const int steps = color::heatLevels[k + 1] - color::heatLevels[k];
+    if (color::heatStepShares[k] != 1.0F / static_cast<float>(steps)) return false;
+    if (color::heatLevels[k] / double{color::heatSteps} != Palette::heatLevels[k]) return false;
+  }
+  return color::heatLevels[Palette::heatCount - 1] == color::heatSteps &&
+         Palette::heatCount == color::heatColors;
 }
+static_assert(heatScaleIsThePalettes());
 
-Packed grey(std::int32_t value) {
-  const auto byte = static_cast<std::uint8_t>(value);
-  return packed({byte, byte, byte, 255});
-}
-
-std::array<float, 4> blend(const std::array<float, 4>& from, const std::array<float, 4>& to, float share) {
-  std::array<float, 4> result;
-  for (std::size_t i = 0; i < result.size(); ++i)
-    result[i] = from[i] + (to[i] - from[i]) * share;
-  return result;
-}
-
-std::int32_t heatIndexOfLevel(std::size_t level) {
-  return static_cast<std::int32_t>(std::lround(Palette::heatLevels[level] * color::heatSteps));
+Packed packedColor(const Color& color) {
+  return opaque(color::byteOf(color[0]), color::byteOf(color[1]), color::byteOf(color[2]));
 }
 
 // The colour of every step of the scale: linear between neighbouring entries, an entry's own at its level.
 std::vector<Packed> heatTable(PaletteEntries heat) {
-  std::vector<Packed> table(static_cast<std::size_t>(color::heatSteps) + 1);
-  for (std::size_t k = 0; k + 1 < Palette::heatCount; ++k) {
-    const std::int32_t begin = heatIndexOfLevel(k);
-    const std::int32_t end = heatIndexOfLevel(k + 1);
-    for (std::int32_t i = begin; i <= end; ++i) {
-      const float share = static_cast<float>(i - begin) / static_cast<float>(end - begin);
-      table[static_cast<std::size_t>(i)] = opaque(blend(heat[k], heat[k + 1], share));
-    }
+  std::vector<Packed> table;
+  table.reserve(color::heatSteps + 1);
+  for (int i = 0; i <= color::heatSteps; ++i) {
+    const color::HeatPlace place = color::heatPlace(i);
+    const auto entry = static_cast<std::size_t>(place.entry);
+    const Color& below = heat[entry];
+    const Color& above = heat[std::min(entry + 1, Palette::heatCount - 1)];
+    const auto byte = [&](std::size_t channel) {
+      return color::heatByte(below[channel], above[channel], place.share);
+    };
+    table.push_back(opaque(byte(0), byte(1), byte(2)));
   }
   return table;
 }
@@ -74,17 +73,17 @@ void paint(const gpu::NativeArguments& arguments, gpu::GridRange range, ColorOf 
 void falseColor(const gpu::NativeArguments& arguments, gpu::GridRange range) {
   const auto palette = arguments.array<const std::array<float, 4>>(2, Palette::colorCount);
   if (arguments.value<std::uint32_t>(0) == skinMode) {
-    const std::array<Packed, 3> zones{opaque(palette[0]), opaque(palette[1]), opaque(palette[2])};
+    const std::array<Packed, 3> zones{packedColor(palette[0]), packedColor(palette[1]), packedColor(palette[2])};
     paint(arguments, range, [&](color::Pixel pixel) {
-      const std::int32_t luma = color::luma(pixel);
-      const color::SkinZone zone = color::skinZone(pixel, luma);
-      return zone == color::SkinZone::notSkin ? grey(color::greyOf(luma))
-                                              : zones[static_cast<std::size_t>(zone)];
+      const int luma = color::lumaOf(pixel);
+      const int zone = color::skinZone(pixel, luma);
+      const int grey = color::greyOf(luma);
+      return zone == color::zoneNotSkin ? opaque(grey, grey, grey) : zones[static_cast<std::size_t>(zone)];
     });
   } else {
     const std::vector<Packed> table = heatTable(palette.subspan(3));
     paint(arguments, range, [&](color::Pixel pixel) {
-      return table[static_cast<std::size_t>(color::heatIndex(color::luma(pixel)))];
+      return table[static_cast<std::size_t>(color::heatIndex(color::lumaOf(pixel)))];
     });
   }
 }

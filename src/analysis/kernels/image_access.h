@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -37,9 +36,9 @@ inline Packed packed(std::array<std::uint8_t, 4> bytes) {
 
 inline void store(std::byte* pixel, Packed value) { std::memcpy(pixel, &value, sizeof value); }
 
-// 0…1 to the nearest byte.
-inline std::uint8_t byteOf(float component) {
-  return static_cast<std::uint8_t>(std::fmin(std::fmax(component, 0.0F), 1.0F) * 255.0F + 0.5F);
+inline Packed opaque(std::int32_t red, std::int32_t green, std::int32_t blue) {
+  return packed({static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
+                 static_cast<std::uint8_t>(blue), 255});
 }
 
 }  // namespace velicor::kernels

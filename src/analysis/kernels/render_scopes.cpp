@@ -1,8 +1,8 @@
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
-#include "analysis/kernels/color_constants.h"
 #include "analysis/kernels/image_access.h"
 #include "analysis/kernels/kernel_interface.h"
 #include "analysis/kernels/native_kernels.h"
@@ -15,7 +15,7 @@ namespace {
 // different small counts and very many bins, so that the smaller ones are worked out once.
 class TracePixels {
  public:
-  TracePixels(const color::Tint& tint, float gain) : tint_(tint), gain_(gain) {
+  TracePixels(const Tint& tint, float gain) : tint_(tint), gain_(gain) {
     for (std::uint32_t count = 0; count < tableSize; ++count)
       table_.push_back(compute(count));
   }
@@ -28,11 +28,11 @@ class TracePixels {
 
   Packed compute(std::uint32_t count) const {
     const float brightness = std::min(1.0F, std::log2(1.0F + static_cast<float>(count)) * gain_);
-    return packed(
-        {byteOf(tint_[0] * brightness), byteOf(tint_[1] * brightness), byteOf(tint_[2] * brightness), 255});
+    return opaque(color::byteOf(tint_.r * brightness), color::byteOf(tint_.g * brightness),
+                  color::byteOf(tint_.b * brightness));
   }
 
-  color::Tint tint_;
+  Tint tint_;
   float gain_;
   std::vector<Packed> table_;
 };
@@ -52,7 +52,7 @@ PanelColumn panelColumn(int x) {
 
 void renderVectorscope(const gpu::NativeArguments& arguments, gpu::GridRange range) {
   const auto counters = arguments.array<const std::uint32_t>(0, planeCounters);
-  const TracePixels trace(color::vectorscopeTint, arguments.value<float>(1));
+  const TracePixels trace(vectorscopeTint, arguments.value<float>(1));
   const gpu::NativeImage& image = arguments.texture(0);
   const int width = std::min({range.width, image.width, vectorscopeSide});
   const int endRow = std::min({range.endRow, image.height, vectorscopeSide});
@@ -66,10 +66,10 @@ void renderVectorscope(const gpu::NativeArguments& arguments, gpu::GridRange ran
 void renderParade(const gpu::NativeArguments& arguments, gpu::GridRange range) {
   const auto counters = arguments.array<const std::uint32_t>(0, 3 * planeCounters);
   const auto gain = arguments.value<float>(1);
-  const std::array<TracePixels, 3> traces{TracePixels(color::paradeTints[0], gain),
-                                          TracePixels(color::paradeTints[1], gain),
-                                          TracePixels(color::paradeTints[2], gain)};
-  const Packed black = packed({0, 0, 0, 255});
+  const std::array<TracePixels, 3> traces{TracePixels(paradeTints[0], gain),
+                                          TracePixels(paradeTints[1], gain),
+                                          TracePixels(paradeTints[2], gain)};
+  const Packed black = opaque(0, 0, 0);
   const gpu::NativeImage& image = arguments.texture(0);
   const int width = std::min({range.width, image.width, paradeWidth});
   const int endRow = std::min({range.endRow, image.height, paradeHeight});

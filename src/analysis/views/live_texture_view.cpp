@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QPainter>
 
+#include "platform/desktop/continuous_corners.h"
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/panel.h"
 #include "platform/desktop/window_stack.h"
@@ -45,7 +46,7 @@ LiveTextureView::LiveTextureView(std::shared_ptr<gpu::Device> device, notificati
 LiveTextureView::~LiveTextureView() = default;
 
 bool LiveTextureView::canBeSeen() const {
-  if (!isVisible() || window()->isMinimized()) return false;
+  if (!isVisible() || window()->isMinimized() || visibleRegion().isEmpty()) return false;
   const desktop::Panel* panel = desktop::Panel::of(this);
   return !panel || !panel->isOccluded();
 }
@@ -122,7 +123,14 @@ void LiveTextureView::setAlphaValue(double alpha) {
   update();
 }
 
+void LiveTextureView::setCornerRadius(double radius) {
+  cornerRadius_ = radius;
+  update();
+}
+
+// Coming to light by being scrolled is told by nothing but the paint event.
 void LiveTextureView::paintEvent(QPaintEvent*) {
+  drawIfMissed();
   const std::shared_ptr<const gpu::Picture> picture = drawables_->front();
   if (!picture) return;
   QImage image = imageOf(*picture);
@@ -131,6 +139,10 @@ void LiveTextureView::paintEvent(QPaintEvent*) {
   const QRect pixels = pictureRect();
   const double scale = devicePixelRatioF();
   const QRectF place(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale);
+  if (cornerRadius_ > 0) {
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setClipPath(desktop::continuousCorners(rect(), cornerRadius_));
+  }
   if (image.size() == pixels.size()) {
     image.setDevicePixelRatio(scale);
     painter.drawImage(place.topLeft(), image);

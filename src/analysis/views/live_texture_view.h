@@ -37,13 +37,17 @@ class LiveTextureView : public QWidget {
   double alphaValue() const { return alpha_; }
   void setAlphaValue(double alpha);
 
+  // Continuous corners to which the picture is clipped, in points; 0, as at first, for none.
+  void setCornerRadius(double radius);
+
   // Draws on the next turn of the event loop.
   void setNeedsDisplay();
 
   // Draws now, whether or not the view can be seen; after the draw that is under way, if one is.
   void draw();
 
-  // Whether a draw would be seen: not hidden, in a shown window that is not covered by other programs.
+  // Whether a draw would be seen: not hidden, nor scrolled out of sight, in a shown window that is not covered by
+  // other programs.
   bool canBeSeen() const;
 
   const std::shared_ptr<gpu::Device>& device() const { return device_; }
@@ -78,6 +82,7 @@ class LiveTextureView : public QWidget {
   std::weak_ptr<Delegate> delegate_;
   std::shared_ptr<gpu::Drawable> drawable_;  // of the draw that is being encoded
   double alpha_ = 1;
+  double cornerRadius_ = 0;
   bool scheduled_ = false;  // a draw waits for the next turn
   bool underWay_ = false;   // the device has not finished the last draw
   bool again_ = false;      // and another one was asked for since
