@@ -21,4 +21,15 @@ inline QColor faded(QColor color, double alpha) {
   return color;
 }
 
+// White at an opacity of 0…1.
+constexpr QColor white(double alpha) { return {255, 255, 255, static_cast<int>(alpha * 255 + 0.5)}; }
+
+inline constexpr QColor primaryText = white(0.92);
+inline constexpr QColor secondaryText = white(0.64);
+inline constexpr QColor tertiaryText = white(0.54);
+inline constexpr QColor hairline = white(0.08);
+inline constexpr QColor controlTrack = white(0.16);
+inline constexpr QColor controlKnob = white(1);
+inline constexpr QColor focusRing(0xFF, 0xD6, 0x0A, 153);
+
 }  // namespace velicor::look

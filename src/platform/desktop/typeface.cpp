@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include <QFontDatabase>
 #include <QFontMetricsF>
 #include <QPainter>
 
@@ -29,6 +30,12 @@ QFont interfaceFont(double size, QFont::Weight weight) {
   QFont font(QStringLiteral("Inter"));
   font.setPixelSize(std::max(1, static_cast<int>(size)));
   font.setWeight(weight);
+  return font;
+}
+
+QFont monospacedFont(double size) {
+  QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+  font.setPixelSize(std::max(1, static_cast<int>(size)));
   return font;
 }
 

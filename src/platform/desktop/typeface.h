@@ -12,6 +12,9 @@ namespace velicor::desktop {
 
 QFont interfaceFont(double size, QFont::Weight weight = QFont::Normal);
 
+// The desktop's font whose characters all take the same room.
+QFont monospacedFont(double size);
+
 // Text whose digits all take the same room, so that it does not jiggle while they change. The size is what
 // drawTabular covers, its height the font's line height.
 QSizeF tabularSize(const QFont& font, const QString& text);

@@ -1,0 +1,84 @@
+#include "controls/accessible.h"
+
+#include <QAccessibleWidget>
+#include <QWidget>
+
+namespace velicor::controls {
+
+namespace {
+
+class AccessibleFacts : public QAccessibleWidget, public QAccessibleValueInterface {
+ public:
+  AccessibleFacts(QWidget* widget, Accessible& facts)
+      : QAccessibleWidget(widget, facts.accessibleRole()), facts_(facts) {}
+
+  QString text(QAccessible::Text which) const override {
+    if (which == QAccessible::Value) return facts_.accessibleValue();
+    const QString own = QAccessibleWidget::text(which);
+    return which == QAccessible::Name && own.isEmpty() ? facts_.accessibleText() : own;
+  }
+
+  QAccessible::State state() const override {
+    QAccessible::State state = QAccessibleWidget::state();
+    facts_.describeState(state);
+    return state;
+  }
+
+  void* interface_cast(QAccessible::InterfaceType type) override {
+    if (type == QAccessible::ValueInterface && facts_.accessibleRange())
+      return static_cast<QAccessibleValueInterface*>(this);
+    return QAccessibleWidget::interface_cast(type);
+  }
+
+  QStringList actionNames() const override {
+    QStringList names = QAccessibleWidget::actionNames();
+    if (facts_.canBeActivated()) names.prepend(pressAction());
+    return names;
+  }
+
+  void doAction(const QString& name) override {
+    if (name != pressAction()) return QAccessibleWidget::doAction(name);
+    if (widget()->isEnabled()) facts_.activateAccessibly();
+  }
+
+  QVariant currentValue() const override { return range().value; }
+  QVariant minimumValue() const override { return range().minimum; }
+  QVariant maximumValue() const override { return range().maximum; }
+  QVariant minimumStepSize() const override { return range().step; }
+  void setCurrentValue(const QVariant& value) override {
+    if (widget()->isEnabled()) facts_.setAccessibleValue(value.toDouble());
+  }
+
+ private:
+  Accessible::Range range() const { return facts_.accessibleRange().value_or(Accessible::Range{}); }
+
+  Accessible& facts_;
+};
+
+QAccessibleInterface* makeInterface(const QString&, QObject* object) {
+  auto* facts = dynamic_cast<Accessible*>(object);
+  return facts ? new AccessibleFacts(static_cast<QWidget*>(object), *facts) : nullptr;
+}
+
+}  // namespace
+
+Accessible::Accessible() {
+  [[maybe_unused]] static const bool once = (QAccessible::installFactory(makeInterface), true);
+}
+
+void announceValue(QWidget& widget, const Accessible& facts) {
+  if (!QAccessible::isActive()) return;
+  const auto range = facts.accessibleRange();
+  QAccessibleValueChangeEvent event(&widget, range ? QVariant(range->value) : QVariant(facts.accessibleValue()));
+  QAccessible::updateAccessibility(&event);
+}
+
+void announceChecked(QWidget& widget) {
+  if (!QAccessible::isActive()) return;
+  QAccessible::State changed;
+  changed.checked = true;
+  QAccessibleStateChangeEvent event(&widget, changed);
+  QAccessible::updateAccessibility(&event);
+}
+
+}  // namespace velicor::controls
