@@ -30,6 +30,14 @@ struct Quarter {
   double power = 1;
 };
 
+// The quarter around `centre` from the direction of one edge over to that of the next.
+void addQuarter(QPolygonF& outline, const Quarter& quarter, QPointF centre, QPointF from, QPointF to) {
+  for (int step = 0; step <= steps; ++step) {
+    const QPointF p = quarter.at(step);
+    outline << centre + to * p.x() + from * p.y();
+  }
+}
+
 }  // namespace
 
 QPainterPath continuousCorners(const QRectF& rect, double radius) {
@@ -42,23 +50,13 @@ QPainterPath continuousCorners(const QRectF& rect, double radius) {
   }
   const Quarter quarter(used, longest);
   const QRectF centres = rect.adjusted(quarter.extent, quarter.extent, -quarter.extent, -quarter.extent);
+  const QPointF right(1, 0);
+  const QPointF down(0, 1);
   QPolygonF outline;
-  for (int step = 0; step <= steps; ++step) {  // clockwise from the top
-    const QPointF p = quarter.at(step);
-    outline << QPointF(centres.right() + p.x(), centres.top() - p.y());
-  }
-  for (int step = steps; step >= 0; --step) {
-    const QPointF p = quarter.at(step);
-    outline << QPointF(centres.right() + p.x(), centres.bottom() + p.y());
-  }
-  for (int step = 0; step <= steps; ++step) {
-    const QPointF p = quarter.at(step);
-    outline << QPointF(centres.left() - p.x(), centres.bottom() + p.y());
-  }
-  for (int step = steps; step >= 0; --step) {
-    const QPointF p = quarter.at(step);
-    outline << QPointF(centres.left() - p.x(), centres.top() - p.y());
-  }
+  addQuarter(outline, quarter, centres.topRight(), -down, right);
+  addQuarter(outline, quarter, centres.bottomRight(), right, down);
+  addQuarter(outline, quarter, centres.bottomLeft(), down, -right);
+  addQuarter(outline, quarter, centres.topLeft(), -right, -down);
   path.addPolygon(outline);
   path.closeSubpath();
   return path;

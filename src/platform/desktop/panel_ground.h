@@ -15,8 +15,6 @@ class PanelGround : public QWidget {
  public:
   explicit PanelGround(Desktop& desktop, QWidget* parent = nullptr);
 
-  // What of the ground is covered by it, 0…1.
-  static constexpr double translucentAlpha = 0.92;
   static constexpr double cornerRadius = 10;
 
  protected:
