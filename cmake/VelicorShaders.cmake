@@ -1,8 +1,8 @@
 # How shaders become part of a module.
 #
 # velicor_shaders(TARGET  SOURCES a.comp b_c.vert …  [INCLUDES folder …])
-#   Compiles each GLSL source to SPIR-V and gives the target a header <TARGET>_shaders.h, private to it, with one
-#   array a shader in the namespace velicor::shaders, named after its file without the extension:
+#   Compiles each GLSL source to SPIR-V and gives the target a header <TARGET>_shaders.h, private to it, with
+#   one array a shader in the namespace velicor::shaders, named after its file without the extension:
 #     inline constexpr std::uint32_t bC[] = …;
 #   The stage is the extension (.comp, .vert, .frag). Sources may #include files from INCLUDES and from src/.
 
@@ -42,6 +42,7 @@ function(velicor_shaders target)
     target_sources(${target} PRIVATE ${words})
     string(APPEND header "inline constexpr std::uint32_t ${name}[] =\n#include \"${file}.inc\"\n    ;\n")
   endforeach()
-  file(CONFIGURE OUTPUT ${folder}/${target}_shaders.h CONTENT "${header}\n}  // namespace velicor::shaders\n" @ONLY)
+  string(APPEND header "\n}  // namespace velicor::shaders\n")
+  file(CONFIGURE OUTPUT ${folder}/${target}_shaders.h CONTENT "${header}" @ONLY)
   target_include_directories(${target} PRIVATE ${folder})
 endfunction()

@@ -7,39 +7,21 @@ namespace {
 
 constexpr Rgb nearBlack{5, 5, 5};  // the clear colour 0.02
 
-class BlitTest : public KernelTest {
- protected:
-  Pixels drawn(const std::shared_ptr<gpu::Texture>& source, int width, int height,
-               kernels::Scale scale = {}) {
-    const auto target = device_->makeTexture({gpu::PixelFormat::bgra8Unorm, width, height,
-                                              gpu::TextureUsage::renderTarget, gpu::StorageMode::deviceOnly});
-    const auto commands = queue_->makeCommandBuffer();
-    const auto encoder = commands->makeRenderEncoder({target, {0.02, 0.02, 0.02, 1}});
-    encoder->setPipeline(
-        device_->makeRenderPipeline({library_->function("blitVertex"), library_->function("blitFragment"),
-                                     gpu::PixelFormat::bgra8Unorm}));
-    encoder->setVertexBytes(std::as_bytes(std::span<const kernels::Scale, 1>(&scale, 1)), 0);
-    encoder->setFragmentTexture(source, 0);
-    encoder->drawTriangles(0, 3);
-    encoder->endEncoding();
-    commands->commit();
-    return readPixels(target);
-  }
-};
+using BlitTest = KernelTest;
 
 Rgb speckled(int x, int y) { return {(x * 37 + y * 11) % 256, (x * 5 + y * 91) % 256, (x * y) % 256}; }
 
 TEST_P(BlitTest, ATextureAtItsOwnSizeArrivesBitForBit) {
   for (const auto& [width, height] : {std::pair(641, 403), std::pair(2, 2), std::pair(3841, 5)}) {
     const auto frame = frameOf(width, height, speckled);
-    const Pixels same = drawn(wrap(frame), width, height);
+    const Pixels same = drawn(frame, {width, height});
     EXPECT_EQ(same.rgba, readPixels(wrap(frame)).rgba) << width;
   }
 }
 
 TEST_P(BlitTest, OutsideTheScaledRectangleTheClearColourStays) {
   // 64 × 64 in 200 × 150: bars of 25 pixels left and right.
-  const Pixels bars = drawn(wrap(plainFrame(64, 64, {200, 100, 50})), 200, 150, {0.75F, 1});
+  const Pixels bars = drawn(plainFrame(64, 64, {200, 100, 50}), {200, 150}, {0.75F, 1});
   for (const int y : {0, 75, 149}) {
     EXPECT_EQ(bars.rgb(0, y), nearBlack);
     EXPECT_EQ(bars.rgb(24, y), nearBlack);
@@ -52,7 +34,7 @@ TEST_P(BlitTest, OutsideTheScaledRectangleTheClearColourStays) {
 
 TEST_P(BlitTest, BlendsBetweenTexelCentresAndHoldsTheEdges) {
   const auto frame = frameOf(2, 2, [](int x, int y) { return Rgb{x * 200, y * 100, 0}; });
-  const Pixels large = drawn(wrap(frame), 4, 4);
+  const Pixels large = drawn(frame, {4, 4});
   const int across[] = {0, 50, 150, 200};
   const int down[] = {0, 25, 75, 100};
   for (int y = 0; y < 4; ++y) {

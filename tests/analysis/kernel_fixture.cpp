@@ -80,18 +80,24 @@ std::uint64_t Scopes::paradeSum(int plane) const {
 
 std::uint64_t Scopes::vectorscopeSum() const { return sum(vectorscope); }
 
-std::shared_ptr<gpu::Texture> KernelTest::wrap(const PixelBufferRef& frame) {
+std::shared_ptr<gpu::Texture> KernelRunner::wrap(const PixelBufferRef& frame) {
   return device_->makeTextureCache()->texture(frame, gpu::PixelFormat::bgra8Unorm, frame->width(),
                                               frame->height());
 }
 
-std::shared_ptr<gpu::Texture> KernelTest::picture(int width, int height) {
+std::shared_ptr<gpu::Texture> KernelRunner::picture(int width, int height) {
   return device_->makeTexture({gpu::PixelFormat::rgba8Unorm, width, height,
                                gpu::TextureUsage::shaderRead | gpu::TextureUsage::shaderWrite,
                                gpu::StorageMode::deviceOnly});
 }
 
-Scopes KernelTest::scopesOf(const PixelBufferRef& frame, int stride) {
+const std::shared_ptr<gpu::ComputePipeline>& KernelRunner::pipeline(const std::string& name) {
+  auto& pipeline = pipelines_[name];
+  if (!pipeline) pipeline = device_->makeComputePipeline(library_->function(name));
+  return pipeline;
+}
+
+Scopes KernelRunner::scopesOf(const PixelBufferRef& frame, int stride) {
   const auto source = wrap(frame);
   const auto vectorscope = device_->makeBuffer(kernels::vectorscopeBytes, gpu::StorageMode::shared);
   const auto parade = device_->makeBuffer(kernels::paradeBytes, gpu::StorageMode::shared);
@@ -125,7 +131,7 @@ Scopes KernelTest::scopesOf(const PixelBufferRef& frame, int stride) {
   return {numbersIn(*vectorscope), numbersIn(*parade), readPixels(vectorscopeImage), readPixels(paradeImage)};
 }
 
-void KernelTest::renderScope(gpu::CommandBuffer& commands, const char* kernel,
+void KernelRunner::renderScope(gpu::CommandBuffer& commands, const char* kernel,
                              const std::shared_ptr<gpu::Buffer>& counters, float gain,
                              const std::shared_ptr<gpu::Texture>& image) {
   const auto encoder = commands.makeComputeEncoder();
@@ -137,7 +143,7 @@ void KernelTest::renderScope(gpu::CommandBuffer& commands, const char* kernel,
   encoder->endEncoding();
 }
 
-Pixels KernelTest::falseColorOf(const PixelBufferRef& frame, int mode) {
+Pixels KernelRunner::falseColorOf(const PixelBufferRef& frame, int mode, const Palette& palette) {
   const auto source = wrap(frame);
   const auto preview = picture(frame->width(), frame->height());
   const auto commands = queue_->makeCommandBuffer();
@@ -147,11 +153,25 @@ Pixels KernelTest::falseColorOf(const PixelBufferRef& frame, int mode) {
   encoder->setTexture(preview, 1);
   encoder->setValue(static_cast<std::uint32_t>(mode), 0);
   encoder->setValue(kernels::Offset{}, 1);
-  encoder->setValue(Palette::standard().buffer(), 2);
+  encoder->setValue(palette.buffer(), 2);
   encoder->dispatchThreadgroups({groups(frame->width()), groups(frame->height()), 1}, {16, 16, 1});
   encoder->endEncoding();
   commands->commit();
   return readPixels(preview);
+}
+
+Pixels KernelRunner::drawn(const PixelBufferRef& frame, gpu::Extent size, kernels::Scale scale) {
+  const auto target = device_->makeTexture({gpu::PixelFormat::bgra8Unorm, size.width, size.height,
+                                            gpu::TextureUsage::renderTarget, gpu::StorageMode::deviceOnly});
+  const auto commands = queue_->makeCommandBuffer();
+  const auto encoder = commands->makeRenderEncoder({target, {0.02, 0.02, 0.02, 1}});
+  encoder->setPipeline(blit_);
+  encoder->setVertexBytes(std::as_bytes(std::span<const kernels::Scale, 1>(&scale, 1)), 0);
+  encoder->setFragmentTexture(wrap(frame), 0);
+  encoder->drawTriangles(0, 3);
+  encoder->endEncoding();
+  commands->commit();
+  return readPixels(target);
 }
 
 }  // namespace velicor::test

@@ -3,7 +3,9 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "analysis/kernels/default_library.h"
@@ -47,25 +49,38 @@ struct Scopes {
   std::uint64_t vectorscopeSum() const;
 };
 
-// Runs the kernels one by one, as the processor binds them.
-class KernelTest : public testing::TestWithParam<gpu::test::TestDevice> {
- protected:
-  std::shared_ptr<gpu::Texture> wrap(const PixelBufferRef& frame);
-  std::shared_ptr<gpu::Texture> picture(int width, int height);
-  Scopes scopesOf(const PixelBufferRef& frame, int stride = 1);
-  Pixels falseColorOf(const PixelBufferRef& frame, int mode);
+// Runs the kernels of one device one by one, as the processor and the views bind them.
+class KernelRunner {
+ public:
+  explicit KernelRunner(std::shared_ptr<gpu::Device> device) : device_(std::move(device)) {}
 
-  std::shared_ptr<gpu::Device> device_ = GetParam().make();
-  std::shared_ptr<gpu::CommandQueue> queue_ = device_->makeCommandQueue();
-  std::shared_ptr<gpu::Library> library_ = defaultLibrary(device_);
+  std::shared_ptr<gpu::Texture> wrap(const PixelBufferRef& frame);
+  Scopes scopesOf(const PixelBufferRef& frame, int stride = 1);
+  Pixels falseColorOf(const PixelBufferRef& frame, int mode, const Palette& palette = Palette::standard());
+
+  // The frame drawn into a target of this size, on near black.
+  Pixels drawn(const PixelBufferRef& frame, gpu::Extent target, kernels::Scale scale = {});
+
+ protected:
+  std::shared_ptr<gpu::Device> device_;
 
  private:
-  std::shared_ptr<gpu::ComputePipeline> pipeline(const char* name) {
-    return device_->makeComputePipeline(library_->function(name));
-  }
+  std::shared_ptr<gpu::Texture> picture(int width, int height);
+  const std::shared_ptr<gpu::ComputePipeline>& pipeline(const std::string& name);
   void renderScope(gpu::CommandBuffer& commands, const char* kernel,
                    const std::shared_ptr<gpu::Buffer>& counters, float gain,
                    const std::shared_ptr<gpu::Texture>& image);
+
+  std::shared_ptr<gpu::CommandQueue> queue_ = device_->makeCommandQueue();
+  std::shared_ptr<gpu::Library> library_ = defaultLibrary(device_);
+  std::map<std::string, std::shared_ptr<gpu::ComputePipeline>> pipelines_;
+  std::shared_ptr<gpu::RenderPipeline> blit_ = device_->makeRenderPipeline(
+      {library_->function("blitVertex"), library_->function("blitFragment"), gpu::PixelFormat::bgra8Unorm});
+};
+
+class KernelTest : public testing::TestWithParam<gpu::test::TestDevice>, protected KernelRunner {
+ protected:
+  KernelTest() : KernelRunner(GetParam().make()) {}
 };
 
 }  // namespace velicor::test

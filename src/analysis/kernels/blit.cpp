@@ -18,8 +18,9 @@ struct Tap {
   std::uint32_t weight;
 };
 
-// Texel centres lie at (i + 0.5) / count. Rounding to 1/256 makes an exact hit of what should be one. Moved up
-// by a few texels, truncation rounds the same way on both sides of zero; what lies further down is outside.
+// Texel centres lie at (i + 0.5) / count. Rounding to 1/256 makes an exact hit of what should be one. Moved
+// up by a few texels, truncation rounds the same way on both sides of zero; what lies further down is
+// outside.
 std::int64_t position(double coordinate, int count) {
   constexpr std::int64_t texels = 4;
   return static_cast<std::int64_t>((coordinate * count - 0.5 + texels) * 256 + 0.5) - texels * 256;

@@ -73,7 +73,8 @@ void paint(const gpu::NativeArguments& arguments, gpu::GridRange range, ColorOf 
 void falseColor(const gpu::NativeArguments& arguments, gpu::GridRange range) {
   const auto palette = arguments.array<const std::array<float, 4>>(2, Palette::colorCount);
   if (arguments.value<std::uint32_t>(0) == skinMode) {
-    const std::array<Packed, 3> zones{packedColor(palette[0]), packedColor(palette[1]), packedColor(palette[2])};
+    const std::array<Packed, 3> zones{packedColor(palette[0]), packedColor(palette[1]),
+                                      packedColor(palette[2])};
     paint(arguments, range, [&](color::Pixel pixel) {
       const int luma = color::lumaOf(pixel);
       const int zone = color::skinZone(pixel, luma);

@@ -9,10 +9,10 @@ layout(std430, binding = 17) restrict buffer Parade { uint parade[]; };
 layout(std430, binding = 18) restrict readonly buffer Area { uvec4 area; };  // x, y, width, height
 layout(std430, binding = 19) restrict readonly buffer Stride { uint stride; };
 
-// Where a picture has one colour, all its samples meet in the same few counters, which would take them one after
-// the other. So each threadgroup counts for itself first: equal samples below each other make one entry, and
-// equal entries meet in a small table of the threadgroup's own. An entry whose place there is taken by another
-// bin goes straight to the counters.
+// Where a picture has one colour, all its samples meet in the same few counters, which would take them one
+// after the other. So each threadgroup counts for itself first: equal samples below each other make one
+// entry, and equal entries meet in a small table of the threadgroup's own. An entry whose place there is
+// taken by another bin goes straight to the counters.
 const uint planes = 4;  // parade red, green, blue, and the vectorscope
 const uint vectorscopePlane = 3;
 const uint groupWidth = gl_WorkGroupSize.x;
@@ -27,7 +27,8 @@ void findBins(uint thread) {
   const uvec2 place = gl_GlobalInvocationID.xy * max(stride, 1u);
   const uvec2 from = area.xy + place;
   if (isOutside(place, ivec2(area.zw)) || isOutside(from, textureSize(source, 0))) {
-    for (uint plane = 0; plane < planes; ++plane) bins[plane][thread] = noSample;
+    for (uint plane = 0; plane < planes; ++plane)
+      bins[plane][thread] = noSample;
     return;
   }
   const Pixel pixel = pixelOf(texelFetch(source, ivec2(from), 0));
@@ -72,7 +73,8 @@ void main() {
   const uint thread = gl_LocalInvocationIndex;
   findBins(thread);
   for (uint plane = 0; plane < planes; ++plane) {
-    for (uint place = thread; place < tableSize; place += groupSize) table[plane][place] = 0;
+    for (uint place = thread; place < tableSize; place += groupSize)
+      table[plane][place] = 0;
   }
   barrier();
   for (uint plane = 0; plane < planes; ++plane) {

@@ -6,8 +6,8 @@ layout(binding = 0) uniform sampler2D source;
 layout(location = 0) noperspective in vec2 coordinate;
 layout(location = 0) out vec4 color;
 
-// In 1/256 of a texel, from the first one's centre. Moved up by a few texels, truncation rounds the same way on
-// both sides of zero; what lies further down is outside.
+// In 1/256 of a texel, from the first one's centre. Moved up by a few texels, truncation rounds the same way
+// on both sides of zero; what lies further down is outside.
 ivec2 positionOf(vec2 coordinate, ivec2 size) {
   const float texels = 4.0;
   return ivec2((coordinate * vec2(size) - 0.5 + texels) * 256.0 + 0.5) - int(texels) * 256;
@@ -18,7 +18,8 @@ ivec4 texelAt(int x, int y) { return bytesOf(texelFetch(source, ivec2(x, y), 0))
 void main() {
   const ivec2 size = textureSize(source, 0);
   const ivec2 position = positionOf(coordinate, size);
-  if (isOutside(uvec2(position + 128), 256 * size)) discard;  // beyond half a texel from the outermost centres
+  // More than half a texel beyond the outermost centres.
+  if (isOutside(uvec2(position + 128), 256 * size)) discard;
   const ivec2 first = max(position >> 8, ivec2(0));
   const ivec2 second = min((position >> 8) + 1, size - 1);
   const ivec2 weight = position & 255;
