@@ -24,6 +24,16 @@ void Robot::moveTo(DevicePoint place) { fake(XCB_MOTION_NOTIFY, 0, place); }
 void Robot::press() { fake(XCB_BUTTON_PRESS, 1, {}); }
 void Robot::release() { fake(XCB_BUTTON_RELEASE, 1, {}); }
 
+void Robot::pressKey(std::uint8_t keycode) { fake(XCB_KEY_PRESS, keycode, {}); }
+void Robot::releaseKey(std::uint8_t keycode) { fake(XCB_KEY_RELEASE, keycode, {}); }
+
+void Robot::strike(const std::vector<std::uint8_t>& keycodes) {
+  for (const std::uint8_t keycode : keycodes)
+    pressKey(keycode);
+  for (auto keycode = keycodes.rbegin(); keycode != keycodes.rend(); ++keycode)
+    releaseKey(*keycode);
+}
+
 void Robot::click(DevicePoint place) {
   moveTo(place);
   press();
