@@ -24,7 +24,7 @@ void PanelGround::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   if (!desktop_.compositor().isPresent()) return painter.fillRect(rect(), look::panelGround);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillPath(continuousCorners(rect(), cornerRadius), look::faded(look::panelGround, look::groundOpacity));
+  painter.fillPath(continuousCorners(rect(), cornerRadius), look::faded(look::panelGround, translucentAlpha));
 }
 
 void PanelGround::resizeEvent(QResizeEvent*) { applyBlur(); }

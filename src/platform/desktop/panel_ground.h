@@ -15,6 +15,8 @@ class PanelGround : public QWidget {
  public:
   explicit PanelGround(Desktop& desktop, QWidget* parent = nullptr);
 
+  // What of the ground is covered by it while the desktop shines through, 0…1.
+  static constexpr double translucentAlpha = 0.92;
   static constexpr double cornerRadius = 10;
 
  protected:
