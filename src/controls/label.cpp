@@ -30,6 +30,8 @@ QColor colorOf(TextColor color) {
       return look::tertiaryText;
     case TextColor::error:
       return look::errorText;
+    case TextColor::success:
+      return look::successText;
     case TextColor::accent:
       break;
   }

@@ -7,7 +7,7 @@
 
 namespace velicor::controls {
 
-enum class TextColor { primary, secondary, tertiary, accent, error };
+enum class TextColor { primary, secondary, tertiary, accent, error, success };
 
 QColor colorOf(TextColor color);
 

@@ -14,6 +14,7 @@ inline constexpr QColor accent = systemYellow;
 inline constexpr QColor panelGround(0x1E, 0x1E, 0x1E);
 inline constexpr QColor scopeGround(0x05, 0x05, 0x05);
 inline constexpr QColor errorText(0xFF, 0x69, 0x61);
+inline constexpr QColor successText(0x30, 0xD1, 0x58);
 
 // The same colour at an opacity of 0…1.
 inline QColor faded(QColor color, double alpha) {

@@ -75,6 +75,44 @@ void drawSidebarRight(const Canvas& canvas) {
   canvas.painter.drawPath(outline.subtracted(hollow.subtracted(bar)));
 }
 
+// A line through points of the grid as an area, with round ends and corners.
+QPainterPath strokedLine(const Canvas& canvas, const QPolygonF& gridPoints, bool closed = false) {
+  const double unit = canvas.side / gridUnits;
+  QPainterPath line;
+  line.addPolygon(QTransform::fromScale(unit, unit).map(gridPoints));
+  if (closed) line.closeSubpath();
+  QPainterPathStroker stroker;
+  stroker.setWidth(canvas.stroke());
+  stroker.setCapStyle(Qt::RoundCap);
+  stroker.setJoinStyle(Qt::RoundJoin);
+  return stroker.createStroke(line).simplified();
+}
+
+// A disc with a wavy edge, and a check mark cut out of it.
+void drawSealWithCheckMark(const Canvas& canvas) {
+  constexpr int waves = 8;
+  constexpr int points = 24 * waves;
+  const double centre = canvas.side / 2;
+  QPolygonF edge;
+  for (int i = 0; i < points; ++i) {
+    const double angle = 2 * M_PI * i / points;
+    const double radius = centre * (0.94 + 0.05 * std::cos(waves * angle));
+    edge << QPointF(centre + radius * std::sin(angle), centre - radius * std::cos(angle));
+  }
+  QPainterPath seal;
+  seal.addPolygon(edge);
+  seal.closeSubpath();
+  canvas.painter.drawPath(seal.subtracted(strokedLine(canvas, QPolygonF({{4.9, 8.3}, {7.2, 10.7}, {11.2, 5.5}}))));
+}
+
+// A warning sign: a triangle's outline around an exclamation mark.
+void drawWarningTriangle(const Canvas& canvas) {
+  const QPainterPath outline = strokedLine(canvas, QPolygonF({{8, 2}, {14.8, 13.7}, {1.2, 13.7}}), true);
+  const QPainterPath bar = strokedLine(canvas, QPolygonF({{8, 6.4}, {8, 9}}));
+  const QPainterPath dot = strokedLine(canvas, QPolygonF({{8, 11.4}, {8, 11.45}}));
+  canvas.painter.drawPath(outline.united(bar).united(dot));
+}
+
 struct Symbol {
   std::string_view name;
   void (*draw)(const Canvas&);
@@ -82,6 +120,8 @@ struct Symbol {
 
 constexpr std::array symbols{
     Symbol{"arrow.up.and.down.and.arrow.left.and.right", drawMoveArrows},
+    Symbol{"checkmark.seal.fill", drawSealWithCheckMark},
+    Symbol{"exclamationmark.triangle", drawWarningTriangle},
     Symbol{"sidebar.right", drawSidebarRight},
 };
 
