@@ -118,7 +118,7 @@ std::optional<int> publishedInteger(std::string_view settings, std::string_view 
 
 bool prefersReducedMotion() {
   const auto* native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (!native) return false;
+  if (!native || !native->connection()) return false;
   return publishedInteger(publishedSettings(native->connection()), "Gtk/EnableAnimations") == 0;
 }
 
