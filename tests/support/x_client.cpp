@@ -304,9 +304,13 @@ void XClient::setBackdrop(Pattern pattern) {
 void XClient::defineMonitor(std::string_view name, const DeviceRect& rect, bool primary) {
   // The server refuses what a client that has not named its version asks for.
   std::free(xcb_randr_query_version_reply(connection_, xcb_randr_query_version(connection_, 1, 5), nullptr));
+  const Freed<xcb_randr_get_screen_resources_reply_t> resources{xcb_randr_get_screen_resources_reply(
+      connection_, xcb_randr_get_screen_resources(connection_, screen_->root), nullptr)};
+  xcb_randr_output_t output = xcb_randr_get_screen_resources_outputs(resources.value)[0];
   xcb_randr_monitor_info_t info{};
   info.name = atom(name);
   info.primary = primary ? 1 : 0;
+  info.nOutput = primary ? 1 : 0;
   info.x = static_cast<std::int16_t>(rect.x);
   info.y = static_cast<std::int16_t>(rect.y);
   info.width = static_cast<std::uint16_t>(rect.width);
@@ -314,10 +318,11 @@ void XClient::defineMonitor(std::string_view name, const DeviceRect& rect, bool 
   // By hand: the library's own function for this request miscounts its length and loses the connection.
   xcb_randr_set_monitor_request_t header{};
   header.window = screen_->root;
-  xcb_protocol_request_t request{2, &xcb_randr_id, XCB_RANDR_SET_MONITOR, 1};
-  std::array<iovec, 4> parts{};
+  xcb_protocol_request_t request{3, &xcb_randr_id, XCB_RANDR_SET_MONITOR, 1};
+  std::array<iovec, 5> parts{};
   parts[2] = {&header, sizeof header};
   parts[3] = {&info, sizeof info};
+  parts[4] = {&output, primary ? sizeof output : 0};
   xcb_send_request(connection_, 0, &parts[2], &request);
   sync();
 }

@@ -88,7 +88,8 @@ class XClient {
   // A pixmap of the pattern, as the root window's backdrop.
   void setBackdrop(Pattern pattern);
 
-  // Monitors that need no output. A first one replaces the server's own.
+  // A primary monitor takes over the server's only output, whose own monitor is gone while it has it; others need
+  // none.
   void defineMonitor(std::string_view name, const DeviceRect& rect, bool primary);
   void deleteMonitor(std::string_view name);
 
