@@ -28,6 +28,8 @@ QWidget* widgetOf(const QWindow* window) {
 // The toolkit's own way to quit would close the windows first, and end where one of them does not want to.
 void terminate() { QCoreApplication::exit(0); }
 
+void beep() { QApplication::beep(); }
+
 void setWindowLevel(Desktop& desktop, QWidget& window, int level) {
   toolkit::setLevel(window, level);
   desktop.windows().refreshSoon();

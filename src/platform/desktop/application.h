@@ -14,6 +14,9 @@ class Desktop;
 // Ends the event loop on its next turn. No window is asked and none can refuse.
 void terminate();
 
+// The sound of a refusal, whatever the user has for one.
+void beep();
+
 // The level of any top-level window of ours; see Panel::setLevel.
 void setWindowLevel(Desktop& desktop, QWidget& window, int level);
 

@@ -135,6 +135,8 @@ void Panel::applyFrame() {
   const WindowId window = toolkit::identifierOf(*carrier_);
   if (kind_ == PanelKind::managed) toolkit::fixSize(window, deviceFrame_);
   toolkit::configure(window, deviceFrame_);
+  // The window manager is told the toolkit's idea of the place when the window is shown.
+  if (kind_ == PanelKind::managed && !isVisible()) carrier_->setGeometry(toolkitRect(deviceFrame_));
 }
 
 void Panel::noteFrame(const DesktopRect& before) {
