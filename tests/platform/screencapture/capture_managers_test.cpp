@@ -2,8 +2,9 @@
 
 #include "capture_harness.h"
 #include "platform/screencapture/x11/stack_watcher.h"
-#include "support/main_loop.h"
 #include "support/log_recorder.h"
+#include "support/main_loop.h"
+#include "support/xfce_manager.h"
 
 // What managers decide about windows by properties: whether they show, how strongly, and how much of a frame.
 namespace velicor::screencapture::test {
@@ -119,12 +120,19 @@ TEST_F(CaptureUnderManagers, BlendsByTheOpacityThatManagersKeep) {
   }));
 }
 
-// Whatever frames a manager makes, and however it tiles or stacks: the picture is what the server shows.
+// Whatever frames a manager makes, and however it tiles or stacks: the picture is what the server shows. Without a
+// command it is xfwm4.
 class CaptureUnderAnyManager : public testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(CaptureUnderAnyManager, ShowsWhatTheServerShows) {
   Bench bench;
-  const velicor::test::WindowManager manager(bench.server, GetParam());
+  std::optional<velicor::test::WindowManager> manager;
+  std::optional<velicor::test::XfceManager> xfce;
+  if (GetParam().empty()) {
+    xfce.emplace(bench.server, velicor::test::XfceManager::Way::plain);
+  } else {
+    manager.emplace(bench.server, GetParam());
+  }
   const DeviceRect all{0, 0, 1280, 800};
   bench.other.setBackdrop({1});
   const xcb_window_t first = bench.other.showPattern({100, 100, 300, 200}, {2}, {.managed = true});
@@ -150,8 +158,9 @@ TEST_P(CaptureUnderAnyManager, ShowsWhatTheServerShows) {
 
 INSTANTIATE_TEST_SUITE_P(Are, CaptureUnderAnyManager,
                          testing::Values(std::vector<std::string>{"openbox", "--sm-disable"},
-                                         std::vector<std::string>{"i3", "-c", "/dev/null"}),
-                         [](const auto& test) { return test.param.front(); });
+                                         std::vector<std::string>{"i3", "-c", "/dev/null"},
+                                         std::vector<std::string>{}),
+                         [](const auto& test) { return test.param.empty() ? "xfwm4" : test.param.front(); });
 
 TEST(StackWatcher, TellsOncePerVisualWhatItCanNotDecode) {
   const XServer server;

@@ -3,23 +3,33 @@
 #include <thread>
 
 #include "capture_harness.h"
+#include "platform/x11/owned.h"
+#include "support/main_loop.h"
+#include "support/xfce_manager.h"
 
 // What frames show, pixel by pixel, on private X servers.
 namespace velicor::screencapture::test {
 namespace {
 
-enum class Managers { none, windowManager, both };
+using velicor::test::XfceManager;
+
+enum class Managers { none, openbox, openboxAndPicom, xfwm4, xfwm4Composing };
+constexpr const char* managersName[] = {"none", "openbox", "openboxAndPicom", "xfwm4", "xfwm4Composing"};
 
 class CapturedPicture : public testing::TestWithParam<Managers> {
  protected:
   CapturedPicture() {
-    if (GetParam() != Managers::none) windowManager_.emplace(bench_.server);
-    if (GetParam() == Managers::both) compositingManager_.emplace(bench_.server);
+    const Managers managers = GetParam();
+    if (managers == Managers::openbox || managers == Managers::openboxAndPicom) windowManager_.emplace(bench_.server);
+    if (managers == Managers::openboxAndPicom) compositingManager_.emplace(bench_.server);
+    if (managers == Managers::xfwm4) xfce_.emplace(bench_.server, XfceManager::Way::plain);
+    if (managers == Managers::xfwm4Composing) xfce_.emplace(bench_.server, XfceManager::Way::composing);
   }
 
   Bench bench_;
   std::optional<velicor::test::WindowManager> windowManager_;
   std::optional<velicor::test::CompositingManager> compositingManager_;
+  std::optional<XfceManager> xfce_;
 };
 
 // Another program's windows under an animated one of ours, which has a managed sibling: the region shows the
@@ -58,7 +68,9 @@ TEST_P(CapturedPicture, IsExactAndNeverShowsOurs) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Under, CapturedPicture,
-                         testing::Values(Managers::none, Managers::windowManager, Managers::both));
+                         testing::Values(Managers::none, Managers::openbox, Managers::openboxAndPicom, Managers::xfwm4,
+                                         Managers::xfwm4Composing),
+                         [](const auto& test) { return managersName[static_cast<int>(test.param)]; });
 
 // Every single change of the window stack is right in the first frame after it.
 TEST(CaptureStream, FollowsEveryChangeInTheNextFrame) {
@@ -175,6 +187,41 @@ TEST(CaptureStream, StaysExactWhenACompositingManagerComesAndGoes) {
   }
   for (const Frame& frame : bench.receiver->frames())
     EXPECT_EQ(frame.count(magenta), 0);
+}
+
+// A new manager takes every frame apart and makes its own, and the last one composes.
+TEST(CaptureStream, StaysExactWhileManagersReplaceEachOther) {
+  Bench bench;
+  const velicor::test::WindowManager first(bench.server);
+  const xcb_window_t window = bench.other.showPattern({100, 100, 300, 250}, {2}, {.managed = true});
+  coverWithOurs(bench, {150, 150, 150, 150});
+  const DeviceRect region{160, 160, 160, 120};
+  const auto stream = bench.start(region);
+  const auto frameOf = [&] {
+    const x11::Owned<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(bench.other.raw(), xcb_query_tree(bench.other.raw(), window), nullptr));
+    return tree->parent;
+  };
+  xcb_window_t frame = frameOf();
+  int seed = 2;
+  const auto expectExactInANewFrame = [&](const char* manager) {
+    EXPECT_TRUE(velicor::test::waitUntil([&] { return frameOf() != frame && frameOf() != bench.other.root(); }))
+        << manager;
+    frame = frameOf();
+    bench.other.setPattern(window, {++seed});
+    EXPECT_TRUE(velicor::test::waitUntil([&] {
+      const DevicePoint corner = bench.other.origin(window);
+      const Picture picture = patternAt({corner.x, corner.y, 300, 250}, {seed}, plain(0));
+      return bench.receiver->frames().back().wrongPixels(picture, {region.x, region.y}) == 0;
+    })) << manager;
+  };
+  bench.receiver->framesFrom(0, 1);
+  const velicor::test::WindowManager second(bench.server, {"openbox", "--replace", "--sm-disable"});
+  expectExactInANewFrame("openbox");
+  const XfceManager third(bench.server, XfceManager::Way::composingInstead);
+  expectExactInANewFrame("xfwm4");
+  for (const Frame& each : bench.receiver->frames())
+    EXPECT_EQ(each.count(magenta), 0);
 }
 
 // 32-bit windows: as the server shows them. Half-transparent white is blended only where someone blends.
