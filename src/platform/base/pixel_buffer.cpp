@@ -19,8 +19,13 @@ PixelBuffer::PixelBuffer(int width, int height)
       bytes_(own_.get()) {}
 
 PixelBuffer::PixelBuffer(int width, int height, std::size_t bytesPerRow, std::byte* bytes,
-                         std::function<void()> release)
-    : width_(width), height_(height), bytesPerRow_(bytesPerRow), bytes_(bytes), release_(std::move(release)) {
+                         std::function<void()> release, std::shared_ptr<const void> mapping)
+    : width_(width),
+      height_(height),
+      bytesPerRow_(bytesPerRow),
+      bytes_(bytes),
+      release_(std::move(release)),
+      mapping_(std::move(mapping)) {
   if (bytesPerRow < tightRow(width)) throw std::invalid_argument("pixel buffer rows overlap");
 }
 

@@ -19,8 +19,11 @@ class PixelBuffer {
   // Memory of the buffer's own, zero-filled.
   PixelBuffer(int width, int height);
 
-  // Foreign memory. `release` runs once, when the buffer is destroyed, on any thread.
-  PixelBuffer(int width, int height, std::size_t bytesPerRow, std::byte* bytes, std::function<void()> release);
+  // Foreign memory. `release` runs once, when the buffer is destroyed, on any thread. `mapping` keeps whole
+  // pages there that the bytes begin and lie in, where there is such a thing: buffers come and go in the same
+  // few mappings, and who holds one may go on reading it.
+  PixelBuffer(int width, int height, std::size_t bytesPerRow, std::byte* bytes, std::function<void()> release,
+              std::shared_ptr<const void> mapping = nullptr);
 
   ~PixelBuffer();
   PixelBuffer(const PixelBuffer&) = delete;
@@ -32,6 +35,7 @@ class PixelBuffer {
   std::byte* bytes() { return bytes_; }
   const std::byte* bytes() const { return bytes_; }
   std::span<const std::byte> row(int y) const;
+  const std::shared_ptr<const void>& mapping() const { return mapping_; }
 
  private:
   int width_;
@@ -40,6 +44,7 @@ class PixelBuffer {
   std::unique_ptr<std::byte[]> own_;
   std::byte* bytes_;
   std::function<void()> release_;
+  std::shared_ptr<const void> mapping_;
 };
 
 using PixelBufferRef = std::shared_ptr<PixelBuffer>;

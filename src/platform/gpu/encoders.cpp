@@ -99,6 +99,7 @@ void ComputeEncoder::setTexture(std::shared_ptr<Texture> texture, int index) {
 void ComputeEncoder::setBuffer(std::shared_ptr<Buffer> buffer, std::size_t offset, int index) {
   require(buffer && buffer->device() == device(), "no buffer to bind, or another device's");
   require(holds(*buffer, offset, 1), "a buffer is bound from behind its end");
+  require(offset % bufferBindingAlignment == 0, "a buffer is bound from an offset that is not aligned");
   bindings_.buffers[checkedIndex(index, maxBufferBindings)] = BufferSlice{std::move(buffer), offset};
 }
 

@@ -75,6 +75,9 @@ struct ClearColor {
 inline constexpr int maxTextureBindings = 4;
 inline constexpr int maxBufferBindings = 4;
 
+// Buffers are bound from multiples of this.
+inline constexpr std::size_t bufferBindingAlignment = 256;
+
 // Inline bytes are meant for a few numbers, not for data.
 inline constexpr std::size_t maxInlineBytes = 4096;
 

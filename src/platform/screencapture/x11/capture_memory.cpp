@@ -73,7 +73,7 @@ PixelBufferRef SegmentPool::publish(const std::shared_ptr<Segment>& segment, int
     if (hunger->waiting.exchange(false)) hunger->onFree();
   };
   return std::make_shared<PixelBuffer>(width, height, static_cast<std::size_t>(width) * 4, segment->bytes(),
-                                       release);
+                                       release, segment);
 }
 
 void SegmentPool::giveBack(const std::shared_ptr<Segment>& segment) { segment->inUse_ = false; }

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "platform/gpu/vulkan/recorder.h"
+#include "platform/gpu/vulkan/vulkan_device.h"
+
+namespace velicor::gpu::vulkan {
+
+// Executes submissions in the present device context, and makes the next one when that is lost.
+class Engine {
+ public:
+  // nullptr where no context can be made.
+  static std::unique_ptr<Engine> make(VulkanOptions options);
+
+  explicit Engine(VulkanOptions options, ContextRef context);
+
+  // None while the device is lost. Any thread.
+  ContextRef context() const;
+
+  // The thread that records: hands the work to the device. nullptr where that failed; the submission then has
+  // no effect.
+  std::unique_ptr<Flight> launch(const Submission& submission);
+
+  // The thread that waits: whether the work was done.
+  bool land(std::unique_ptr<Flight> flight);
+
+  // The thread that records, when nothing is under way any more. Whether there is a device again.
+  bool rebuild();
+
+  std::chrono::milliseconds rebuildPause() const { return options_.rebuildPause; }
+
+ private:
+  std::unique_ptr<Flight> takeFlight(const ContextRef& context);
+  void lose();
+  void complain(const char* what);
+
+  VulkanOptions options_;
+  Recorder recorder_;
+  bool complained_ = false;  // the thread that records
+
+  mutable std::mutex mutex_;
+  ContextRef context_;
+  std::vector<std::unique_ptr<Flight>> idleFlights_;
+};
+
+}  // namespace velicor::gpu::vulkan

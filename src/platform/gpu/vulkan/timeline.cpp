@@ -1,0 +1,177 @@
+#include "platform/gpu/vulkan/timeline.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <deque>
+#include <utility>
+#include <vector>
+
+#include <pthread.h>
+
+#include "platform/log/log.h"
+
+namespace velicor::gpu::vulkan {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Enough that the device has the next work at hand when it has finished one.
+constexpr std::size_t maxUnderWay = 3;
+
+constexpr int maxPauseDoublings = 6;
+
+// Threads that are ending by themselves, joined before the process tears itself down: they may still be
+// closing a driver.
+void leaveBehind(std::thread thread) {
+  struct Leftovers {
+    std::mutex mutex;
+    std::vector<std::thread> threads;
+  };
+  static Leftovers& leftovers = *new Leftovers;
+  static const int registered = std::atexit([] {
+    std::vector<std::thread> ending;
+    {
+      const std::scoped_lock guard(leftovers.mutex);
+      ending.swap(leftovers.threads);
+    }
+    for (std::thread& last : ending)
+      last.join();
+  });
+  static_cast<void>(registered);
+  const std::scoped_lock guard(leftovers.mutex);
+  leftovers.threads.push_back(std::move(thread));
+}
+
+struct UnderWay {
+  Submission submission;
+  std::unique_ptr<Flight> flight;  // none: it could not be launched
+};
+
+}  // namespace
+
+struct Timeline::State {
+  explicit State(std::unique_ptr<Engine> made) : engine(std::move(made)) {}
+
+  const std::unique_ptr<Engine> engine;
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::deque<Submission> submissions;
+  std::deque<UnderWay> underWay;
+  bool landing = false;
+  bool ending = false;
+  bool rebuildWanted = false;
+  int failedRebuilds = 0;
+  Clock::time_point nextRebuild = Clock::time_point::min();
+
+  // A device that is lost again at once is not rebuilt in a circle.
+  void askForRebuild() {
+    if (engine->context() || Clock::now() < nextRebuild) return;
+    rebuildWanted = true;
+    changed.notify_all();
+  }
+};
+
+Timeline::Timeline(std::unique_ptr<Engine> engine) : state_(std::make_shared<State>(std::move(engine))) {
+  lander_ = std::thread([state = state_] { landAll(state); });
+  launcher_ = std::thread([state = state_] { launchAll(state); });
+}
+
+Timeline::~Timeline() {
+  {
+    const std::scoped_lock guard(state_->mutex);
+    state_->ending = true;
+  }
+  state_->changed.notify_all();
+  launcher_.join();
+  if (lander_.get_id() == std::this_thread::get_id()) {
+    leaveBehind(std::move(lander_));
+  } else {
+    lander_.join();
+  }
+}
+
+const Engine& Timeline::engine() const { return *state_->engine; }
+
+void Timeline::submit(Submission submission) {
+  {
+    const std::scoped_lock guard(state_->mutex);
+    state_->submissions.push_back(std::move(submission));
+  }
+  state_->changed.notify_all();
+}
+
+bool Timeline::accepts() {
+  if (state_->engine->context()) return true;
+  const std::scoped_lock guard(state_->mutex);
+  state_->askForRebuild();
+  return false;
+}
+
+void Timeline::launchAll(const std::shared_ptr<State>& state) {
+  pthread_setname_np(pthread_self(), "velicor.gpu");
+  std::unique_lock guard(state->mutex);
+  while (true) {
+    state->changed.wait(guard, [&] {
+      return state->ending || state->rebuildWanted ||
+             (!state->submissions.empty() && state->underWay.size() < maxUnderWay);
+    });
+    if (state->rebuildWanted) {
+      rebuild(*state, guard);
+      continue;
+    }
+    if (state->submissions.empty()) return;
+    UnderWay next{std::move(state->submissions.front()), nullptr};
+    state->submissions.pop_front();
+    guard.unlock();
+    next.flight = state->engine->launch(next.submission);
+    guard.lock();
+    state->underWay.push_back(std::move(next));
+    state->askForRebuild();
+    state->changed.notify_all();
+  }
+}
+
+void Timeline::rebuild(State& state, std::unique_lock<std::mutex>& guard) {
+  state.changed.wait(guard, [&] { return state.ending || (state.underWay.empty() && !state.landing); });
+  state.rebuildWanted = false;
+  if (state.ending) return;
+  guard.unlock();
+  const bool isThere = state.engine->rebuild();
+  guard.lock();
+  if (isThere) {
+    log::Logger("gpu").info("the device was rebuilt");
+    state.failedRebuilds = 0;
+  } else {
+    if (state.failedRebuilds == 0)
+      log::Logger("gpu").error("the device can't be rebuilt: the analysis pauses");
+    state.failedRebuilds = std::min(state.failedRebuilds + 1, maxPauseDoublings);
+  }
+  state.nextRebuild = Clock::now() + state.engine->rebuildPause() * (1 << state.failedRebuilds);
+}
+
+void Timeline::landAll(const std::shared_ptr<State>& state) {
+  pthread_setname_np(pthread_self(), "velicor.device");
+  std::unique_lock guard(state->mutex);
+  while (true) {
+    state->changed.wait(guard, [&] { return state->ending || !state->underWay.empty(); });
+    if (state->underWay.empty()) return;
+    UnderWay next = std::move(state->underWay.front());
+    state->underWay.pop_front();
+    state->landing = true;
+    guard.unlock();
+    const bool succeeded = next.flight && state->engine->land(std::move(next.flight));
+    next.submission.passes.clear();
+    next.submission.finished(succeeded);
+    // What the submission holds goes now, outside the lock: it may be the last to hold the device.
+    next = {};
+    guard.lock();
+    state->landing = false;
+    state->askForRebuild();
+    state->changed.notify_all();
+  }
+}
+
+}  // namespace velicor::gpu::vulkan
