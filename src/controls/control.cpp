@@ -32,19 +32,23 @@ Touch Control::touchOf(const QWidget& widget) {
 }
 
 bool Control::event(QEvent* event) {
-  if (event->type() == QEvent::KeyPress && hasFocus()) {
-    usesKeys_ = true;
-    setRing(true);
-  }
+  if (event->type() == QEvent::KeyPress && hasFocus()) noteInput(true);
+  if (event->type() == QEvent::MouseButtonPress) noteInput(false);
   return QWidget::event(event);
+}
+
+void Control::noteInput(bool keys) {
+  usesKeys_ = keys;
+  setRing(keys);
 }
 
 void Control::focusInEvent(QFocusEvent* event) {
   const Qt::FocusReason reason = event->reason();
-  if (reason == Qt::MouseFocusReason || reason == Qt::OtherFocusReason) usesKeys_ = false;
-  if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason)
-    usesKeys_ = true;
-  setRing(usesKeys_);
+  // Coming back to the window leaves things as they were.
+  const bool returning = reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
+  const bool byKeys =
+      reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason || reason == Qt::ShortcutFocusReason;
+  noteInput(returning ? usesKeys_ : byKeys);
 }
 
 void Control::focusOutEvent(QFocusEvent*) {

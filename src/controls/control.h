@@ -44,7 +44,11 @@ class Control : public QWidget, public Accessible {
   bool isPressed() const { return pressed_; }
   void setPressed(bool pressed);
 
+  // Whether the user came here by keys rather than by the mouse.
+  bool usesKeys() const { return usesKeys_; }
+
  private:
+  void noteInput(bool keys);
   void setRing(bool on);
 
   QPointer<FocusRing> ring_;

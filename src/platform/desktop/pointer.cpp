@@ -20,12 +20,15 @@ constexpr int shortestInterval = 16;  // milliseconds between two reports
 constexpr int anyButton =
     XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 | XCB_BUTTON_MASK_4 | XCB_BUTTON_MASK_5;
 
-// Raw motion reaches every client that asks, also while another program holds the pointer in a grab.
-void selectRawMotion(DisplayServer& server) {
+constexpr std::uint32_t lastRealButton = 3;  // those after it are wheels
+
+// Raw events reach every client that asks, also while another program holds the pointer in a grab.
+void selectRawEvents(DisplayServer& server, bool on) {
   struct {
     xcb_input_event_mask_t head;
     std::uint32_t mask;
-  } const request{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, XCB_INPUT_XI_EVENT_MASK_RAW_MOTION};
+  } const request{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+                  on ? XCB_INPUT_XI_EVENT_MASK_RAW_MOTION | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS : 0U};
   xcb_input_xi_select_events(server.raw(), server.root(), 1, &request.head);
 }
 
@@ -37,7 +40,7 @@ Pointer::Pointer(DisplayServer& server, const MonitorScreens& screens, const Win
     log::Logger("desktop").error("mouse motion goes unnoticed: the X server has no XInput 2.1");
     return;
   }
-  selectRawMotion(server_);
+  selectRawEvents(server_, true);
   events_ = server_.event.subscribe([this](const ServerEvent& event) { handle(event); });
   due_.setSingleShot(true);
   due_.setTimerType(Qt::PreciseTimer);
@@ -60,15 +63,40 @@ Subscription Pointer::observeMotion(Over over, std::function<void()> handler) {
   return (over == Over::ownWindows ? overOwn_ : overOthers_).subscribe(std::move(handler));
 }
 
+Subscription Pointer::observePressesElsewhere(std::function<void()> handler) {
+  if (!events_.isActive()) return {};
+  return pressesElsewhere_.subscribe(std::move(handler));
+}
+
+void Pointer::setWatching(bool watching) {
+  if (!events_.isActive()) return;
+  if (!watching) due_.stop();
+  selectRawEvents(server_, watching);
+  server_.connection().flush();
+}
+
 void Pointer::handle(const ServerEvent& event) {
-  if (event.type() != XCB_GE_GENERIC || due_.isActive()) return;
+  if (event.type() != XCB_GE_GENERIC) return;
   const auto& generic = event.as<xcb_ge_generic_event_t>();
-  const bool motion = generic.extension == server_.connection().extensions().input.majorOpcode &&
-                      generic.event_type == XCB_INPUT_RAW_MOTION;
-  if (!motion) return;
+  if (generic.extension != server_.connection().extensions().input.majorOpcode) return;
+  if (generic.event_type == XCB_INPUT_RAW_MOTION) handleMotion();
+  if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS &&
+      event.as<xcb_input_raw_button_press_event_t>().detail <= lastRealButton) {
+    handlePress();
+  }
+}
+
+void Pointer::handleMotion() {
+  if (due_.isActive()) return;
   const qint64 passed = sinceReport_.isValid() ? sinceReport_.elapsed() : shortestInterval;
   if (passed >= shortestInterval) return report();
   due_.start(static_cast<int>(shortestInterval - passed));
+}
+
+void Pointer::handlePress() {
+  const auto pointer =
+      server_.connection().reply(xcb_query_pointer_reply, xcb_query_pointer(server_.raw(), server_.root()));
+  if (pointer && !windows_.isOwn((*pointer)->child)) pressesElsewhere_();
 }
 
 // Raw events carry what the device said, not where the pointer went.

@@ -34,8 +34,18 @@ class Pointer {
   // which is inactive from the start on a server without XInput 2.1 (the log has said so).
   [[nodiscard]] Subscription observeMotion(Over over, std::function<void()> handler);
 
+  // The handler is called when one of the buttons, wheels apart, goes down over other programs' windows, which
+  // get the click all the same. Ends as above.
+  [[nodiscard]] Subscription observePressesElsewhere(std::function<void()> handler);
+
+  // Whether the server tells of the mouse at all, as it does at first. While it doesn't, nobody hears of motion or
+  // presses, and the mouse costs nothing.
+  void setWatching(bool watching);
+
  private:
   void handle(const ServerEvent& event);
+  void handleMotion();
+  void handlePress();
   void report();
 
   DisplayServer& server_;
@@ -44,6 +54,7 @@ class Pointer {
   Subscription events_;
   Signal<> overOthers_;
   Signal<> overOwn_;
+  Signal<> pressesElsewhere_;
   QTimer due_;
   QElapsedTimer sinceReport_;
 };
