@@ -4,6 +4,7 @@
 
 #include <QGuiApplication>
 
+#include "platform/desktop/activation.h"
 #include "platform/desktop/compositor.h"
 #include "platform/desktop/display_server.h"
 #include "platform/desktop/monitor_screens.h"
@@ -21,6 +22,7 @@ struct Desktop::Services {
   WindowStack windows{server};
   Pointer pointer{server, screens, windows};
   Compositor compositor{server};
+  Activation activation;
 };
 
 Result<std::unique_ptr<Desktop>> Desktop::open() {
@@ -37,6 +39,7 @@ MonitorScreens& Desktop::screens() { return services_->screens; }
 WindowStack& Desktop::windows() { return services_->windows; }
 Pointer& Desktop::pointer() { return services_->pointer; }
 Compositor& Desktop::compositor() { return services_->compositor; }
+Activation& Desktop::activation() { return services_->activation; }
 DisplayServer& Desktop::server() { return services_->server; }
 Signal<>& Desktop::lost() { return services_->server.lost; }
 

@@ -7,6 +7,7 @@
 
 namespace velicor::desktop {
 
+class Activation;
 class Compositor;
 class DisplayServer;
 class MonitorScreens;
@@ -28,6 +29,7 @@ class Desktop {
   WindowStack& windows();
   Pointer& pointer();
   Compositor& compositor();
+  Activation& activation();
 
   // The connection, for the services that add to these.
   DisplayServer& server();

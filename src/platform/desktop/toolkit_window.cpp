@@ -191,6 +191,50 @@ void fixSize(WindowId window, const DeviceRect& rect) {
   setNumbers(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, hints);
 }
 
+namespace {
+
+// What the manager has made of it stays, but for these two.
+void setStateBeforeMap(WindowId window, const std::array<xcb_atom_t, 2>& left, bool listed) {
+  const auto present = reply(xcb_get_property_reply,
+                             xcb_get_property(connection(), 0, window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 0, 64));
+  std::vector<std::uint32_t> states;
+  if (present && present->format == 32) {
+    const auto* first = static_cast<const std::uint32_t*>(xcb_get_property_value(present.get()));
+    states.assign(first, first + present->value_len);
+  }
+  std::erase_if(states, [&left](std::uint32_t state) { return std::ranges::find(left, state) != left.end(); });
+  if (!listed) states.insert(states.end(), left.begin(), left.end());
+  setNumbers(window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, states);
+}
+
+// The state of a window that is on the screen is the manager's to change.
+void askForState(WindowId window, const std::array<xcb_atom_t, 2>& left, bool listed) {
+  xcb_client_message_event_t event{};
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = window;
+  event.type = atom("_NET_WM_STATE");
+  event.data.data32[0] = listed ? 0 : 1;
+  event.data.data32[1] = left[0];
+  event.data.data32[2] = left[1];
+  event.data.data32[3] = 1;  // from an application
+  forget(xcb_send_event_checked(connection(), 0, root(),
+                                XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                                reinterpret_cast<const char*>(&event)));
+}
+
+}  // namespace
+
+void setInTaskbar(QWidget& window, bool listed) {
+  if (!connection() || !isManaged(window)) return;
+  const WindowId id = identifierOf(window);
+  // Lists leave out utility windows whatever their state.
+  const xcb_atom_t type = atom(listed ? "_NET_WM_WINDOW_TYPE_NORMAL" : "_NET_WM_WINDOW_TYPE_UTILITY");
+  setNumbers(id, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, {&type, 1});
+  const std::array left{atom("_NET_WM_STATE_SKIP_TASKBAR"), atom("_NET_WM_STATE_SKIP_PAGER")};
+  window.isVisible() ? askForState(id, left, listed) : setStateBeforeMap(id, left, listed);
+}
+
 void setLevel(QWidget& window, int level) {
   window.setProperty(levelProperty, level);
   if (isManaged(window) && window.windowHandle()) {

@@ -60,6 +60,10 @@ void joinAllDesktops(WindowId window);
 // Tells the window manager that the window has this one size. To be set again after every map.
 void fixSize(WindowId window, const DeviceRect& rect);
 
+// Whether lists of windows, such as a taskbar, have an entry for a window that the manager knows. To be said
+// again before every map: the manager forgets.
+void setInTaskbar(QWidget& window, bool listed);
+
 // A level among our windows; goes with the widget, shown or not. 0 for windows that were given none.
 void setLevel(QWidget& window, int level);
 int levelOf(const QWidget& window);

@@ -1,0 +1,51 @@
+#include "platform/tray/legacy_tray.h"
+
+#include <string>
+#include <utility>
+
+#include "platform/desktop/desktop.h"
+#include "platform/desktop/display_server.h"
+#include "platform/x11/properties.h"
+
+namespace velicor::tray {
+
+namespace {
+
+xcb_atom_t traySelection(x11::Connection& connection) {
+  return connection.intern("_NET_SYSTEM_TRAY_S" + std::to_string(connection.screenNumber()));
+}
+
+}  // namespace
+
+LegacyTray::LegacyTray(desktop::Desktop& desktop, const QString& title, const TemplateIcon& icon,
+                       std::function<void()> clicked)
+    : desktop_(desktop), icon_(icon) {
+  const xcb_atom_t selection = traySelection(desktop_.server().connection());
+  events_ = desktop_.server().event.subscribe([this, selection](const desktop::ServerEvent& event) {
+    if (event.type() != XCB_CLIENT_MESSAGE) return;
+    const auto& message = event.as<xcb_client_message_event_t>();
+    const bool isTray = message.type == desktop_.server().atom(x11::Atom::manager) && message.data.data32[1] == selection;
+    if (isTray) tint();
+  });
+  QObject::connect(&carrier_, &QSystemTrayIcon::activated, &carrier_, [clicked = std::move(clicked)] { clicked(); });
+  carrier_.setToolTip(title);
+  tint();
+  carrier_.show();
+}
+
+void LegacyTray::tint() { carrier_.setIcon(iconOf(icon_, foreground())); }
+
+// Sixteen bits for each of red, green and blue, the ordinary colour first.
+QColor LegacyTray::foreground() const {
+  x11::Connection& connection = desktop_.server().connection();
+  const auto owner = connection.reply(
+      xcb_get_selection_owner_reply, xcb_get_selection_owner(connection.raw(), traySelection(connection)));
+  if (!owner || (*owner)->owner == XCB_NONE) return {};
+  const auto asked = x11::askProperty(connection, (*owner)->owner, connection.intern("_NET_SYSTEM_TRAY_COLORS"));
+  const std::vector<std::uint32_t> colors = x11::propertyNumbers(connection, asked);
+  if (colors.size() < 3) return {};
+  const auto channel = [&colors](std::size_t i) { return static_cast<int>(colors[i] >> 8 & 0xFF); };
+  return QColor(channel(0), channel(1), channel(2));
+}
+
+}  // namespace velicor::tray
