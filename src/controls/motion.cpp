@@ -10,8 +10,6 @@ namespace velicor::controls {
 
 namespace {
 
-constexpr int milliseconds = 120;
-
 QEasingCurve easeOut() {
   QEasingCurve curve(QEasingCurve::BezierSpline);
   curve.addCubicBezierSegment(QPointF(0, 0), QPointF(0.58, 1), QPointF(1, 1));
@@ -22,17 +20,17 @@ QEasingCurve easeOut() {
 
 Motion::Motion(double start, std::function<void()> onStep)
     : onStep_(std::move(onStep)), value_(start), target_(start) {
-  animation_.setDuration(milliseconds);
   animation_.setEasingCurve(easeOut());
   QObject::connect(&animation_, &QVariantAnimation::valueChanged, &animation_,
                    [this](const QVariant& value) { step(value.toDouble()); });
 }
 
-void Motion::moveTo(double target) {
+void Motion::moveTo(double target, std::chrono::milliseconds time) {
   if (target == target_) return;
   if (desktop::prefersReducedMotion()) return jumpTo(target);
   target_ = target;
   animation_.stop();
+  animation_.setDuration(static_cast<int>(time.count()));
   animation_.setStartValue(value_);
   animation_.setEndValue(target);
   animation_.start();

@@ -6,10 +6,12 @@
 #include "analysis/notification_names.h"
 #include "loupe/captured_frame_layer.h"
 #include "loupe/loupe_container.h"
+#include "loupe/panel_hint.h"
 #include "loupe/passthrough_texture_view.h"
 #include "platform/desktop/compositor.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/pointer.h"
+#include "platform/desktop/screen_layout.h"
 
 namespace velicor {
 
@@ -17,6 +19,7 @@ namespace {
 
 constexpr double firstSide = 175;
 constexpr int loupeLevel = 3;
+constexpr auto hintTime = std::chrono::seconds(3);
 
 DesktopRect centredOn(const DesktopRect& screen, DesktopSize size) {
   return {screen.midX() - size.width / 2, screen.midY() - size.height / 2, size.width, size.height};
@@ -53,9 +56,11 @@ QWidget* addContainer(KeyablePanel& panel) {
 
 }  // namespace
 
-LoupeController::LoupeController(std::shared_ptr<MetalProcessor> processor, desktop::Desktop& desktop)
+LoupeController::LoupeController(std::shared_ptr<MetalProcessor> processor, desktop::Desktop& desktop,
+                                 dispatch::Clock& clock)
     : processor_(std::move(processor)),
       desktop_(desktop),
+      clock_(clock),
       panel_(makePanel(desktop)),
       container_(addContainer(*panel_)) {
   if (processor_) addPreview();
@@ -137,6 +142,34 @@ void LoupeController::applyDrag(LoupeFrameView::Zone zone, DesktopSize delta, co
   panel_->setFrame(loupe_geometry::draggedFrame(zone, delta, startFrame));
   reportFrame();
 }
+
+// Of the screen that has most of the loupe, else of the main one.
+std::optional<DesktopRect> LoupeController::visibleFrame() const {
+  const std::vector<desktop::Screen> all = desktop_.screens().screens();
+  const auto shown = [this](const desktop::Screen& screen) {
+    return panel_->frame().intersection(screen.frame).area();
+  };
+  const auto most = std::ranges::max_element(all, {}, shown);
+  if (most != all.end() && shown(*most) > 0) return most->visibleFrame;
+  const auto main = desktop_.screens().mainScreen();
+  return main ? std::optional(main->visibleFrame) : std::nullopt;
+}
+
+void LoupeController::showPanelHint() {
+  const DesktopRect chip = desktop::toDesktop(frameView_->panelChip(), panel_->frame());
+  hidePanelHint();
+  hintPanel_ = std::make_shared<PanelHint>(desktop_, chip, visibleFrame());
+  clock_.callAfter(hintTime, [this, waiting = std::weak_ptr(hintPanel_)] {
+    // It goes with the controller, and with the next hint.
+    const auto hint = waiting.lock();
+    if (!hint) return;
+    hint->fadeOut([this, waiting] {
+      if (!waiting.expired()) hidePanelHint();
+    });
+  });
+}
+
+void LoupeController::hidePanelHint() { hintPanel_.reset(); }
 
 void LoupeController::windowDidMove(desktop::Panel&) { reportFrame(); }
 

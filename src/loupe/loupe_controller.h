@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "analysis/metal_processor.h"
@@ -10,12 +11,14 @@
 #include "loupe/loupe_frame_view.h"
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/screen.h"
+#include "platform/dispatch/clock.h"
 
 class QWidget;
 
 namespace velicor {
 
 class CapturedFrameLayer;
+class PanelHint;
 
 // Owns the loupe: a transparent panel above all other programs that shows the live preview under its frame.
 // Applies the frame's drags to the panel, reports every new frame, and decides from moment to moment whether
@@ -25,7 +28,9 @@ class LoupeController : private desktop::PanelDelegate {
   // Centred on the main screen, not shown. Without a processor the loupe is a frame without a preview.
   // Without any screen it waits where the primary one would be, and is centred on the first one that comes.
   // So it is, in its size, when the screen that showed it goes.
-  LoupeController(std::shared_ptr<MetalProcessor> processor, desktop::Desktop& desktop);
+  // The desktop and the clock, which the hint goes by, outlive it.
+  LoupeController(std::shared_ptr<MetalProcessor> processor, desktop::Desktop& desktop,
+                  dispatch::Clock& clock = dispatch::systemClock());
   ~LoupeController() override;
   LoupeController(const LoupeController&) = delete;
   LoupeController& operator=(const LoupeController&) = delete;
@@ -49,6 +54,12 @@ class LoupeController : private desktop::PanelDelegate {
   // One step of a drag (displacement with y up, from the frame at its start). The panel may leave the screen.
   void applyDrag(LoupeFrameView::Zone zone, DesktopSize delta, const DesktopRect& startFrame);
 
+  // Says for three seconds, in a bubble by the panel chip, that the chip brings the scopes panel back. A new one
+  // replaces the one before.
+  void showPanelHint();
+  void hidePanelHint();
+  PanelHint* hintPanel() { return hintPanel_.get(); }
+
   // To be called when something else than the mouse changed what the answer depends on.
   void updateMousePassthrough();
 
@@ -63,17 +74,20 @@ class LoupeController : private desktop::PanelDelegate {
   void followCompositor();
   void watchScreens();
   void followScreens();
+  std::optional<DesktopRect> visibleFrame() const;
   void enterBand(DesktopPoint mouse);
   void leaveBand();
 
   const std::shared_ptr<MetalProcessor> processor_;
   desktop::Desktop& desktop_;
+  dispatch::Clock& clock_;
   const std::unique_ptr<KeyablePanel> panel_;
   QWidget* const container_;  // owned by the panel, as are the views in it
   LoupeFrameView* frameView_ = nullptr;
   LiveTextureView* metalView_ = nullptr;
   std::shared_ptr<MetalTextureView::Renderer> renderer_;
   std::unique_ptr<CapturedFrameLayer> capturedFrame_;
+  std::shared_ptr<PanelHint> hintPanel_;  // shared with nobody: what its timer finds it by
   std::vector<Subscription> mouseMonitors_;
   Subscription compositorChanged_;
   Subscription screensChanged_;
