@@ -1,11 +1,15 @@
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include <unistd.h>
 #include <xcb/shm.h>
@@ -18,17 +22,27 @@
 #include "support/x_client.h"
 #include "support/x_server.h"
 
-// What a captured frame of 640 × 400 costs, in processor time of this process's capture thread and of the X
-// server, beside a plain copy of the root window at the same rate. A window under ours changes 30 times a
-// second throughout; what the server spends on that alone is subtracted.
+// What a captured frame costs, in processor time of this process's capture thread and of the X server, beside a
+// plain copy of the same rectangle of the root window at the same rate; for several scenes and sizes. A window
+// under ours changes 30 times a second throughout; what the server spends on that alone is subtracted. Prints the
+// medians of several rounds as a table.
 namespace {
 
 using namespace velicor;
 using namespace velicor::screencapture;
 
-constexpr DeviceRect region{100, 100, 640, 400};
 constexpr int rate = 30;
-constexpr int seconds = 5;
+constexpr int seconds = 1;
+constexpr std::size_t rounds = 5;
+constexpr DevicePoint corner{40, 40};
+
+// What lies under our window.
+enum class Scene { covered, beside, four, blended };
+constexpr std::pair<Scene, const char*> scenes[] = {{Scene::covered, "one window fills the frame"},
+                                                    {Scene::beside, "one window and the backdrop"},
+                                                    {Scene::four, "four windows and the backdrop"},
+                                                    {Scene::blended, "the same with alpha and opacity"}};
+constexpr std::pair<int, int> sizes[] = {{350, 350}, {640, 400}, {1920, 1080}};
 
 double threadSeconds(const std::string& name) {
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
@@ -71,20 +85,27 @@ struct Cost {
   int frames = 0;
 };
 
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
 class Bench {
  public:
-  explicit Bench(int windows)
-      : service_(std::move(*makeX11Service(server_.name(), own_))),
+  Bench(Scene scene, int width, int height)
+      : region_{corner.x, corner.y, width, height},
+        service_(std::move(*makeX11Service(server_.name(), own_))),
         other_(server_.name()),
         ours_(server_.name()) {
     ours_.joinOwn(own_);
-    for (int i = 0; i < windows - 1; ++i)
-      other_.showPattern({120 + 150 * i, 150, 100, 300}, {i});
-    window_ = windows == 1 ? other_.showPattern({50, 50, 900, 600}, {7})
-                           : other_.showPattern({50, 50, 500, 350}, {7});
-    cover_ = ours_.showColour({80, 80, 700, 500}, test::magenta);
+    other_.setBackdrop({9});
+    if (scene == Scene::covered) window_ = other_.showPattern({20, 20, width + 40, height + 40}, {7});
+    if (scene == Scene::beside) window_ = other_.showPattern({20, 20, width / 2, height + 40}, {7});
+    if (scene == Scene::four || scene == Scene::blended) showFour(scene == Scene::blended);
+    cover_ = ours_.showColour({30, 30, width + 20, height + 20}, test::magenta);
   }
 
+  // What the server spends on the changes alone.
   double baseline() {
     const double before = server_.program().cpuSeconds();
     animate(other_, window_, [] {});
@@ -92,63 +113,89 @@ class Bench {
   }
 
   Cost stream(double baseline) {
-    const auto content = QCoro::waitFor(service_->shareableContent({}));
-    StreamConfiguration configuration;
-    configuration.sourceRect = {region.x, region.y, region.width, region.height};
-    configuration.width = region.width;
-    configuration.height = region.height;
-    configuration.minimumFrameInterval = {1, rate};
     dispatch::SerialQueue queue("velicor.capture");
     const auto counter = std::make_shared<Counter>();
-    const auto stream = service_->makeStream({content->displays.at(0), {{getpid(), ""}}}, configuration, {});
-    if (!stream->addStreamOutput(counter, OutputType::screen, queue)) return {};
-    if (!QCoro::waitFor(stream->startCapture())) return {};
+    const auto stream = start(queue, counter);
     const double server = server_.program().cpuSeconds();
     const double client = threadSeconds("velicor.x11cap");
     animate(other_, window_, [] {});
     const Cost cost{threadSeconds("velicor.x11cap") - client,
                     server_.program().cpuSeconds() - server - baseline, counter->frames};
-    measureStill();
+    if (!QCoro::waitFor(stream->stopCapture())) std::abort();
     return cost;
   }
 
   Cost rootCopy(double baseline) {
     auto connection = std::move(*x11::Connection::open(server_.name(), own_));
     ServerMemory memory(*connection);
-    const auto segment = memory.make(region.width * region.height * 4);
+    const auto segment =
+        memory.make(static_cast<std::size_t>(region_.width) * static_cast<std::size_t>(region_.height) * 4);
+    const auto word = [](int value) { return static_cast<std::uint16_t>(value); };
     const double server = server_.program().cpuSeconds();
-    double client = 0;
     Cost cost;
     animate(other_, window_, [&] {
       const double before = thisThreadSeconds();
-      const auto cookie =
-          xcb_shm_get_image(connection->raw(), connection->root(), region.x, region.y, region.width,
-                            region.height, ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment->serverId(), 0);
+      const auto cookie = xcb_shm_get_image(connection->raw(), connection->root(), corner.x, corner.y,
+                                            word(region_.width), word(region_.height), ~0U,
+                                            XCB_IMAGE_FORMAT_Z_PIXMAP, segment->serverId(), 0);
       if (connection->reply(xcb_shm_get_image_reply, cookie)) ++cost.frames;
-      client += thisThreadSeconds() - before;
+      cost.client += thisThreadSeconds() - before;
     });
-    cost.client = client;
     cost.server = server_.program().cpuSeconds() - server - baseline;
     return cost;
   }
 
- private:
   // Nothing changes, then only our own window does, 60 times a second.
   void measureStill() {
+    dispatch::SerialQueue queue("velicor.capture");
+    const auto stream = start(queue, std::make_shared<Counter>());
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     const double before = threadSeconds("velicor.x11cap");
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
     const double still = threadSeconds("velicor.x11cap");
     for (int i = 0; i < seconds * 60; ++i) {
-      ours_.fill(cover_, {0, 0, 700, 500}, static_cast<std::uint32_t>(i));
+      ours_.fill(cover_, {0, 0, region_.width, region_.height}, static_cast<std::uint32_t>(i));
       std::this_thread::sleep_for(std::chrono::microseconds(1000000 / 60));
     }
     const double own = threadSeconds("velicor.x11cap");
-    std::printf("  still screen: client %.3f ms/s; only our own window draws: %.3f ms/s\n",
+    std::printf("\nstill screen: client %.3f ms/s; only our own window draws: %.3f ms/s\n",
                 (still - before) * 1e3 / seconds, (own - still) * 1e3 / seconds);
   }
 
-  test::XServer server_;
+ private:
+  // Overlapping, in steps; the topmost is the one that changes.
+  void showFour(bool blended) {
+    for (int i = 0; i < 4; ++i) {
+      const DeviceRect place{corner.x + region_.width * i / 8, corner.y + region_.height * i / 8,
+                             region_.width * 5 / 8, region_.height * 5 / 8};
+      if (!blended) {
+        window_ = other_.showPattern(place, {i});
+        continue;
+      }
+      window_ = other_.makeWindow(place, {.alpha = true});
+      other_.setColour(window_, 0x80402010);
+      if (i % 2 == 1) other_.setNumber(window_, "_NET_WM_WINDOW_OPACITY", 0x80000000);
+      other_.map(window_);
+    }
+    if (blended) other_.takeSelection("_NET_WM_CM_S0");
+  }
+
+  std::shared_ptr<Stream> start(dispatch::SerialQueue& queue, const std::shared_ptr<Counter>& counter) {
+    const auto content = QCoro::waitFor(service_->shareableContent({}));
+    StreamConfiguration configuration;
+    configuration.sourceRect = {corner.x, corner.y, static_cast<double>(region_.width),
+                                static_cast<double>(region_.height)};
+    configuration.width = region_.width;
+    configuration.height = region_.height;
+    configuration.minimumFrameInterval = {1, rate};
+    auto stream = service_->makeStream({content->displays.at(0), {{getpid(), ""}}}, configuration, {});
+    const bool added = stream->addStreamOutput(counter, OutputType::screen, queue).has_value();
+    if (!added || !QCoro::waitFor(stream->startCapture())) std::abort();
+    return stream;
+  }
+
+  DeviceRect region_;
+  test::XServer server_{"2000x1200x24"};
   x11::OwnClients own_;
   std::unique_ptr<Service> service_;
   test::XClient other_;
@@ -157,10 +204,23 @@ class Bench {
   xcb_window_t cover_ = 0;
 };
 
-void print(const char* name, const Cost& cost) {
-  const double frames = cost.frames > 0 ? cost.frames : 1;
-  std::printf("%-28s %4d frames  client %6.1f us  server %6.1f us\n", name, cost.frames,
-              cost.client / frames * 1e6, cost.server / frames * 1e6);
+double microseconds(double total, const Cost& cost) { return total * 1e6 / std::max(1, cost.frames); }
+
+void measure(Bench& bench, const char* scene, int width, int height) {
+  std::vector<double> columns[5];
+  for (std::size_t round = 0; round < rounds; ++round) {
+    const double baseline = bench.baseline();
+    const Cost copy = bench.rootCopy(baseline);
+    const Cost stream = bench.stream(baseline);
+    const double figures[] = {microseconds(copy.client, copy), microseconds(copy.server, copy),
+                              microseconds(stream.client, stream), microseconds(stream.server, stream)};
+    for (std::size_t i = 0; i < 4; ++i)
+      columns[i].push_back(figures[i]);
+    columns[4].push_back((figures[2] + figures[3]) / (figures[0] + figures[1]));
+  }
+  std::printf("| %d × %d, %s | %.0f + %.0f | %.0f + %.0f | %.1f |\n", width, height, scene, median(columns[0]),
+              median(columns[1]), median(columns[2]), median(columns[3]), median(columns[4]));
+  std::fflush(stdout);
 }
 
 }  // namespace
@@ -168,15 +228,13 @@ void print(const char* name, const Cost& cost) {
 int main(int argc, char** argv) {
   const QCoreApplication application(argc, argv);
   dispatch::MainQueue::shared().attach();
-  {
-    Bench one(1);
-    const double baseline = one.baseline();
-    print("root copy", one.rootCopy(baseline));
-    print("stream, one window", one.stream(baseline));
+  std::puts("| | root copy, client + server µs | stream, client + server µs | ratio |\n|---|---|---|---|");
+  for (const auto& [width, height] : sizes) {
+    for (const auto& [scene, name] : scenes) {
+      Bench bench(scene, width, height);
+      measure(bench, name, width, height);
+    }
   }
-  {
-    Bench four(4);
-    print("stream, four windows", four.stream(four.baseline()));
-  }
+  Bench(Scene::covered, 640, 400).measureStill();
   dispatch::MainQueue::shared().detach();
 }
