@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "gpu_test_shaders.h"
+
 namespace velicor::gpu::test {
 
 namespace {
@@ -28,14 +30,15 @@ void showCoordinates(const NativeArguments&, const FragmentSpan& span) {
 }  // namespace
 
 KernelBundle testKernels() {
-  return {{"addOne", {.native = addOne, .spirv = {}}},
-          {"twice", {.native = twice, .spirv = {}}},
-          {"plainVertex", {.native = plainVertex, .spirv = {}}},
-          {"showCoordinates", {.native = showCoordinates, .spirv = {}}},
+  return {{"addOne", {.native = addOne, .spirv = shaders::addOne}},
+          {"twice", {.native = twice, .spirv = shaders::twice}},
+          {"plainVertex", {.native = plainVertex, .spirv = shaders::plainVertex}},
+          {"showCoordinates", {.native = showCoordinates, .spirv = shaders::showCoordinates}},
+          {"addColor", {.native = {}, .spirv = shaders::addColor}},
           {"nowhere", {}}};
 }
 
-std::shared_ptr<CommandBuffer> DeviceTest::numberWork(CommandQueue& queue, const char* kernel,
+std::shared_ptr<CommandBuffer> Workbench::numberWork(CommandQueue& queue, const char* kernel,
                                                       const std::shared_ptr<Buffer>& number) {
   auto commands = queue.makeCommandBuffer();
   const auto encoder = commands->makeComputeEncoder();
@@ -46,7 +49,7 @@ std::shared_ptr<CommandBuffer> DeviceTest::numberWork(CommandQueue& queue, const
   return commands;
 }
 
-std::vector<std::uint8_t> DeviceTest::pixelsOf(const std::shared_ptr<Texture>& source) {
+std::vector<std::uint8_t> Workbench::pixelsOf(const std::shared_ptr<Texture>& source) {
   const auto copied = texture(source->width(), source->height(), StorageMode::shared, source->pixelFormat());
   const auto commands = queue_->makeCommandBuffer();
   const auto blit = commands->makeBlitEncoder();

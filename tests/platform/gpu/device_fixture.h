@@ -13,10 +13,14 @@ namespace velicor::gpu::test {
 //   addOne, twice      buffer 0: one unsigned number
 //   plainVertex        buffer 0: three vertices
 //   showCoordinates    every pixel becomes (round(255 u), round(255 v), 0, 255) in the channels' order
+//   addColor           texture 0: source; texture 1: the sum; bytes 2: four numbers to add; on Vulkan only
 KernelBundle testKernels();
 
-class DeviceTest : public testing::TestWithParam<TestDevice> {
+// A device with what tests work with.
+class Workbench {
  protected:
+  explicit Workbench(std::shared_ptr<Device> device) : device_(std::move(device)) {}
+
   std::shared_ptr<ComputePipeline> pipeline(const char* name) {
     return device_->makeComputePipeline(library_->function(name));
   }
@@ -43,9 +47,14 @@ class DeviceTest : public testing::TestWithParam<TestDevice> {
   // All pixels, rows without gaps. Copies through a shared texture, so that any texture can be asked.
   std::vector<std::uint8_t> pixelsOf(const std::shared_ptr<Texture>& texture);
 
-  std::shared_ptr<Device> device_ = GetParam().make();
+  std::shared_ptr<Device> device_;
   std::shared_ptr<CommandQueue> queue_ = device_->makeCommandQueue();
   std::shared_ptr<Library> library_ = device_->makeLibrary(testKernels());
+};
+
+class DeviceTest : public testing::TestWithParam<TestDevice>, protected Workbench {
+ protected:
+  DeviceTest() : Workbench(GetParam().make()) {}
 };
 
 }  // namespace velicor::gpu::test

@@ -8,6 +8,7 @@
 
 #include "platform/gpu/device.h"
 #include "platform/gpu/native/native_device.h"
+#include "platform/gpu/vulkan/vulkan_device.h"
 
 namespace velicor::gpu::test {
 
@@ -17,7 +18,13 @@ struct TestDevice {
   std::shared_ptr<Device> (*make)();
 };
 
-inline std::vector<TestDevice> allDevices() { return {{"native", makeNativeDevice}}; }
+// Vulkan as far as this machine has it, down to drivers in software, with the validation layer on: a complaint
+// fails the test. Throws where the machine lacks either.
+std::shared_ptr<Device> makeCheckedVulkanDevice(VulkanOptions options = {});
+
+inline std::vector<TestDevice> allDevices() {
+  return {{"native", makeNativeDevice}, {"vulkan", [] { return makeCheckedVulkanDevice(); }}};
+}
 
 inline std::string deviceName(const testing::TestParamInfo<TestDevice>& info) { return info.param.name; }
 
