@@ -5,18 +5,24 @@
 #include <string>
 
 #include <QApplication>
+#include <QPalette>
+#include <QToolTip>
 
 #include "analysis/metal_processor.h"
 #include "app/app_delegate.h"
 #include "app/app_state.h"
 #include "app/server_loss.h"
+#include "menubar/hot_key.h"
 #include "platform/base/product.h"
+#include "platform/desktop/application.h"
 #include "platform/desktop/desktop.h"
+#include "platform/desktop/look.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/typeface.h"
 #include "platform/dispatch/clock.h"
 #include "platform/dispatch/main_queue.h"
 #include "platform/dispatch/termination_signals.h"
+#include "platform/hotkeys/hot_keys.h"
 #include "platform/log/log.h"
 #include "platform/screencapture/x11/service.h"
 #include "platform/settings/settings.h"
@@ -38,12 +44,22 @@ std::optional<std::string> refusal() {
 
 QString text(std::string_view utf8) { return QString::fromStdString(std::string(utf8)); }
 
+// Tooltips are the only windows that the toolkit paints for us.
+void dressTooltips() {
+  QPalette colours = QToolTip::palette();
+  colours.setColor(QPalette::ToolTipBase, look::panelGround);
+  colours.setColor(QPalette::ToolTipText, look::primaryText);
+  QToolTip::setPalette(colours);
+  QToolTip::setFont(desktop::interfaceFont(11));
+}
+
 void describeApplication() {
   QApplication::setApplicationName(text(product::name));
   QApplication::setApplicationVersion(text(product::version()));
   QApplication::setDesktopFileName(text(product::identifier));
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(desktop::interfaceFont(12));
+  dressTooltips();
 }
 
 // The main queue belongs to the event loop as long as this lives.
@@ -74,8 +90,10 @@ int live(dispatch::TerminationSignals& termination) {
                                              .captureService = std::move(*service),
                                              .clock = dispatch::systemClock(),
                                              .makeProcessor = [] { return MetalProcessor::create(); }});
+  hotkeys::HotKeys hotKeys(**desktop);
+  const HotKey::Installation shortcut({.settings = settings, .hotKeys = hotKeys});
   AppDelegate delegate(**desktop);
-  termination.deliverTo([] { QApplication::quit(); });
+  termination.deliverTo(desktop::terminate);
   delegate.applicationDidFinishLaunching();
   const int result = QApplication::exec();
   delegate.applicationWillTerminate();

@@ -113,6 +113,95 @@ void drawWarningTriangle(const Canvas& canvas) {
   canvas.painter.drawPath(outline.united(bar).united(dot));
 }
 
+// A stroke along the inside of a rectangle or, with the largest radius, an ellipse.
+QPainterPath ring(const QRectF& outer, double radius, double stroke) {
+  QPainterPath path;
+  path.addRoundedRect(outer, radius, radius);
+  const double innerRadius = std::max(0.0, radius - stroke);
+  QPainterPath inner;
+  inner.addRoundedRect(outer.adjusted(stroke, stroke, -stroke, -stroke), innerRadius, innerRadius);
+  return path.subtracted(inner);
+}
+
+QRectF insetSquare(const Canvas& canvas, double units) {
+  const double inset = canvas.at(units);
+  return QRectF(0, 0, canvas.side, canvas.side).adjusted(inset, inset, -inset, -inset);
+}
+
+QPainterPath disc(QPointF centre, double radius) {
+  QPainterPath path;
+  path.addEllipse(centre, radius, radius);
+  return path;
+}
+
+// The four corners of a picture's frame.
+void drawViewfinder(const Canvas& canvas) {
+  const double gap = canvas.centred(canvas.at(5)) / 2.0;
+  const double centre = canvas.side / 2;
+  QPainterPath cross;
+  cross.setFillRule(Qt::WindingFill);
+  cross.addRect(QRectF(centre - gap, 0, 2 * gap, canvas.side));
+  cross.addRect(QRectF(0, centre - gap, canvas.side, 2 * gap));
+  canvas.painter.drawPath(ring(insetSquare(canvas, 1), canvas.at(3), canvas.stroke()).subtracted(cross));
+}
+
+void drawHalfFilledCircle(const Canvas& canvas) {
+  const QRectF square = insetSquare(canvas, 1);
+  QPainterPath right;
+  right.addRect(QRectF(canvas.side / 2, 0, canvas.side / 2, canvas.side));
+  QPainterPath left = disc(square.center(), square.width() / 2).subtracted(right);
+  canvas.painter.drawPath(left.united(ring(square, square.width() / 2, canvas.stroke())));
+}
+
+// A dial whose needle stands at a third of its way.
+void drawGauge(const Canvas& canvas) {
+  const QRectF square = insetSquare(canvas, 0.6);
+  const double unit = canvas.side / gridUnits;
+  const QPointF centre = square.center();
+  QPainterPath dial = ring(square, square.width() / 2, canvas.stroke());
+  for (const double degrees : {-45.0, 45.0, 225.0}) {
+    const double angle = degrees * M_PI / 180;
+    dial = dial.united(disc(centre + 4.3 * unit * QPointF(std::cos(angle), -std::sin(angle)), 0.9 * unit));
+  }
+  dial = dial.united(strokedLine(canvas, QPolygonF({{8, 8}, {4.9, 4.9}})));
+  canvas.painter.drawPath(dial.united(disc(centre, 1.7 * unit)));
+}
+
+// An eye with a line across that keeps its distance.
+void drawSlashedEye(const Canvas& canvas) {
+  const double unit = canvas.side / gridUnits;
+  QPainterPath lids;
+  lids.moveTo(0.8, 8);
+  lids.cubicTo(4.4, 2.2, 11.6, 2.2, 15.2, 8);
+  lids.cubicTo(11.6, 13.8, 4.4, 13.8, 0.8, 8);
+  lids.closeSubpath();
+  QPainterPathStroker stroker;
+  stroker.setWidth(canvas.stroke());
+  stroker.setJoinStyle(Qt::RoundJoin);
+  const QPainterPath eye = stroker.createStroke(QTransform::fromScale(unit, unit).map(lids)).simplified();
+  const QPainterPath pupil = disc(QPointF(8, 8) * unit, 2.3 * unit);
+  const QPolygonF across({{3, 2.2}, {13, 13.8}});
+  Canvas wider = canvas;
+  wider.weight *= 2.4;
+  canvas.painter.drawPath(eye.united(pupil).subtracted(strokedLine(wider, across)).united(strokedLine(canvas, across)));
+}
+
+void drawXMark(const Canvas& canvas) {
+  const QPainterPath falling = strokedLine(canvas, QPolygonF({{2.6, 2.6}, {13.4, 13.4}}));
+  canvas.painter.drawPath(falling.united(strokedLine(canvas, QPolygonF({{13.4, 2.6}, {2.6, 13.4}}))));
+}
+
+void drawThreeLines(const Canvas& canvas) {
+  const double height = canvas.stroke();
+  for (const double y : {3.0, 7.25, 11.5}) {
+    canvas.painter.drawRect(QRectF(canvas.at(1), canvas.at(y), canvas.side - 2 * canvas.at(1), height));
+  }
+}
+
+void drawChevronRight(const Canvas& canvas) {
+  canvas.painter.drawPath(strokedLine(canvas, QPolygonF({{5, 2.5}, {11, 8}, {5, 13.5}})));
+}
+
 struct Symbol {
   std::string_view name;
   void (*draw)(const Canvas&);
@@ -121,8 +210,15 @@ struct Symbol {
 constexpr std::array symbols{
     Symbol{"arrow.up.and.down.and.arrow.left.and.right", drawMoveArrows},
     Symbol{"checkmark.seal.fill", drawSealWithCheckMark},
+    Symbol{"chevron.right", drawChevronRight},
+    Symbol{"circle.lefthalf.filled", drawHalfFilledCircle},
     Symbol{"exclamationmark.triangle", drawWarningTriangle},
+    Symbol{"eye.slash", drawSlashedEye},
+    Symbol{"gauge.with.dots.needle.33percent", drawGauge},
+    Symbol{"line.3.horizontal", drawThreeLines},
     Symbol{"sidebar.right", drawSidebarRight},
+    Symbol{"viewfinder", drawViewfinder},
+    Symbol{"xmark", drawXMark},
 };
 
 const Symbol* find(std::string_view name) {

@@ -84,7 +84,10 @@ void joinOwnClients() {
 }
 
 WindowId identifierOf(QWidget& window) {
-  return connection() ? static_cast<WindowId>(window.winId()) : WindowId{0};
+  if (!connection()) return 0;
+  // The widget's own idea may be of a window that the toolkit has replaced since.
+  const WId made = window.winId();
+  return static_cast<WindowId>(window.windowHandle() ? window.windowHandle()->winId() : made);
 }
 
 void configure(WindowId window, const DeviceRect& rect) {
@@ -237,8 +240,9 @@ void setInTaskbar(QWidget& window, bool listed) {
 
 void setLevel(QWidget& window, int level) {
   window.setProperty(levelProperty, level);
-  if (isManaged(window) && window.windowHandle()) {
-    window.windowHandle()->setFlag(Qt::WindowStaysOnTopHint, level > 0);
+  // Never taken back: the toolkit would replace the window at its next showing, with all that was said of it.
+  if (level > 0 && isManaged(window) && window.windowHandle()) {
+    window.windowHandle()->setFlag(Qt::WindowStaysOnTopHint);
   }
 }
 

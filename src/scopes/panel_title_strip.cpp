@@ -1,0 +1,56 @@
+#include "scopes/panel_title_strip.h"
+
+#include <utility>
+
+#include <QHBoxLayout>
+
+#include "controls/plain_button.h"
+#include "controls/symbol_image.h"
+
+namespace velicor {
+
+namespace {
+
+using controls::PlainButton;
+
+constexpr int buttonSide = 20;
+constexpr int leftMargin = 8;
+constexpr int rightMargin = 16;  // above the hide button
+constexpr double symbolSize = 9;
+
+PlainButton* makeButton(std::string_view symbol, const QString& name) {
+  auto* button = new PlainButton(new controls::SymbolImage(symbol, symbolSize, controls::TextColor::secondary,
+                                                           desktop::SymbolWeight::bold));
+  button->setFixedSize(buttonSide, buttonSide);
+  button->setAccessibleName(name);
+  return button;
+}
+
+}  // namespace
+
+PanelTitleStrip::PanelTitleStrip(QWidget* parent)
+    : QWidget(parent),
+      close_(makeButton("xmark", QStringLiteral("Quit Velicor"))),
+      menu_(makeButton("line.3.horizontal", QStringLiteral("Menu"))) {
+  setFixedHeight(height);
+  auto* row = new QHBoxLayout(this);
+  row->setContentsMargins(leftMargin, 0, rightMargin, 0);
+  row->addWidget(close_);
+  row->addStretch();
+  row->addWidget(menu_);
+  close_->setToolTip(close_->accessibleName());
+  close_->onClick = [this] {
+    if (onClose) onClose();
+  };
+  menu_->hide();
+  menu_->onClick = [this] {
+    if (openMenu_) openMenu_(menu_->mapToGlobal(QPoint(menu_->width(), menu_->height())));
+  };
+}
+
+void PanelTitleStrip::setMenu(std::function<void(QPoint corner)> open) {
+  openMenu_ = std::move(open);
+  menu_->setVisible(openMenu_ != nullptr);
+}
+
+}  // namespace velicor

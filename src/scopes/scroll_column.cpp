@@ -1,0 +1,52 @@
+#include "scopes/scroll_column.h"
+
+#include <QApplication>
+#include <QScrollBar>
+#include <QVBoxLayout>
+
+namespace velicor {
+
+namespace {
+
+constexpr int focusMargin = 6;  // room for the ring around what has the keyboard
+constexpr int wheelStep = 20;
+
+}  // namespace
+
+ScrollColumn::ScrollColumn(QWidget* parent) : QScrollArea(parent) {
+  setFrameShape(QFrame::NoFrame);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setFocusPolicy(Qt::NoFocus);
+  setWidgetResizable(true);
+  verticalScrollBar()->setSingleStep(wheelStep);
+  auto* content = new QWidget;
+  column_ = new QVBoxLayout(content);
+  column_->setContentsMargins({});
+  column_->setSpacing(0);
+  setWidget(content);
+  // Both would paint the style's ground.
+  content->setAutoFillBackground(false);
+  viewport()->setAutoFillBackground(false);
+  connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { followFocus(now); });
+}
+
+void ScrollColumn::followFocus(QWidget* focused) {
+  if (focused && widget()->isAncestorOf(focused)) ensureWidgetVisible(focused, 0, focusMargin);
+}
+
+bool ScrollColumn::scrollBy(int key) {
+  QScrollBar* bar = verticalScrollBar();
+  switch (key) {
+    case Qt::Key_PageUp:
+      bar->triggerAction(QAbstractSlider::SliderPageStepSub);
+      return true;
+    case Qt::Key_PageDown:
+      bar->triggerAction(QAbstractSlider::SliderPageStepAdd);
+      return true;
+    default:
+      return false;
+  }
+}
+
+}  // namespace velicor

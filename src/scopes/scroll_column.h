@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QScrollArea>
+
+class QVBoxLayout;
+
+namespace velicor {
+
+// A column that scrolls where it is higher than its place, by the wheel and by the page keys, without showing how
+// far. What gets the keyboard in it comes into sight. Main thread.
+class ScrollColumn : public QScrollArea {
+ public:
+  explicit ScrollColumn(QWidget* parent = nullptr);
+
+  // Of the column, to be filled; without margins and spacing.
+  QVBoxLayout& column() const { return *column_; }
+
+  // Whether the key was one that scrolls.
+  bool scrollBy(int key);
+
+ private:
+  void followFocus(QWidget* focused);
+
+  QVBoxLayout* column_;
+};
+
+}  // namespace velicor
