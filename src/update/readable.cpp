@@ -6,7 +6,6 @@ namespace velicor {
 
 namespace {
 
-constexpr qsizetype longestText = 2000;
 constexpr qsizetype longestWord = 24;
 constexpr std::ptrdiff_t mostNotes = 100;
 
@@ -14,11 +13,11 @@ constexpr QChar breakHere(0x200B);  // a space without width
 
 }  // namespace
 
-QString readable(const std::string& text) {
+QString readable(const std::string& text, qsizetype longest) {
   const QString all = QString::fromStdString(text);
   QString shown;
   qsizetype word = 0;
-  for (const QChar c : all.first(std::min(longestText, all.size()))) {
+  for (const QChar c : all.first(std::min(longest, all.size()))) {
     word = c.isSpace() ? 0 : word + 1;
     // Never between the two halves of a character, nor before an accent.
     if (word > longestWord && !c.isLowSurrogate() && !c.isMark()) {
@@ -27,7 +26,7 @@ QString readable(const std::string& text) {
     }
     shown += c;
   }
-  if (all.size() > longestText) shown += "…";
+  if (all.size() > longest) shown += "…";
   return shown;
 }
 

@@ -9,7 +9,7 @@
 namespace velicor {
 
 // Long words may be broken, and of a very long text only the beginning is kept.
-QString readable(const std::string& text);
+QString readable(const std::string& text, qsizetype longest = 2000);
 
 // The notes; of very many only the first, and a last one that says so.
 std::vector<std::string> readableNotes(const std::vector<std::string>& notes);

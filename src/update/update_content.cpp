@@ -41,13 +41,19 @@ constexpr int symbolSpacing = 6;
 constexpr int buttonSpacing = 8;
 constexpr int noteSpacing = 4;
 
+constexpr qsizetype longestVersion = 64;
+
 // Notes that need more are scrolled.
 constexpr int highestNotes = 320;
 
 const std::string productName(product::name);
 
+Label* wrapped(const QString& text, const controls::TextStyle& style) {
+  return new Label(text, style, TextFit::wrap);
+}
+
 Label* wrapped(const std::string& text, const controls::TextStyle& style) {
-  return new Label(readable(text), style, TextFit::wrap);
+  return wrapped(readable(text), style);
 }
 
 std::unique_ptr<QHBoxLayout> row(int spacing) {
@@ -119,7 +125,8 @@ void addNotes(QVBoxLayout& stack, const std::vector<std::string>& notes) {
 }
 
 void addRelease(QVBoxLayout& stack, const Release& release) {
-  stack.addWidget(wrapped(productName + " " + release.version + " is available", titleBold));
+  const QString name = readable(productName + " ") + readable(release.version, longestVersion);
+  stack.addWidget(wrapped(name + " is available", titleBold));
   stack.addWidget(wrapped("You have " + UpdateChecker::currentVersion() + ".", callout));
   if (release.notes && !release.notes->empty()) addNotes(stack, *release.notes);
   stack.addWidget(new controls::Hairline);

@@ -43,7 +43,10 @@ void UpdateView::refresh() {
   content_->show();
 }
 
-int UpdateView::heightForWidth(int width) const { return content_->layout()->totalHeightForWidth(width); }
+int UpdateView::heightForWidth(int available) const {
+  const QLayout* stack = content_->layout();
+  return stack->hasHeightForWidth() ? stack->totalHeightForWidth(available) : stack->totalSizeHint().height();
+}
 
 // In the middle, where there is more room than it needs.
 void UpdateView::resizeEvent(QResizeEvent*) {

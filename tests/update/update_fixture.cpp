@@ -4,6 +4,7 @@
 #include <map>
 
 #include <QJsonDocument>
+#include <QRegion>
 #include <QWidget>
 
 #include "controls/push_button.h"
@@ -36,7 +37,7 @@ std::string UpdateFixture::shown() {
   std::map<std::pair<int, int>, std::string> texts;
   for (QWidget* child : UpdateWindow::window()->findChildren<QWidget*>()) {
     const auto* facts = dynamic_cast<controls::Accessible*>(child);
-    if (!facts || !child->isVisible() || facts->accessibleText().isEmpty()) continue;
+    if (!facts || child->visibleRegion().isEmpty() || facts->accessibleText().isEmpty()) continue;
     std::string text = facts->accessibleText().remove(QChar(0x200B)).toStdString();
     const auto* button = dynamic_cast<controls::PushButton*>(child);
     if (button) text = "[" + text + (button->isDefault() ? "*]" : "]");

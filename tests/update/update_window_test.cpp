@@ -34,10 +34,10 @@ TEST_F(UpdateWindowTest, IsOneWindowThatKeepsItsPlaceAndAnswersReturn) {
   EXPECT_FALSE(window->isVisible());
 
   window->move(100, 120);
-  offer({{"version", "<b>2</b>"}});
+  offer({{"version", "<b>2"}});
   EXPECT_EQ(UpdateWindow::window(), window);
   const QPoint place = window->pos();
-  EXPECT_THAT(shown(), StartsWith("Velicor <b>2</b> is available / You have 0.1.0. / [Later]"));
+  EXPECT_THAT(shown(), StartsWith("Velicor <b>2 is available / You have 0.1.0. / [Later]"));
   EXPECT_EQ(window->height(), 220);
   click("Later");
   UpdateWindow::show();
