@@ -35,7 +35,14 @@ class ShortcutRecorderTest : public testing::Test {
 
   void show() {
     recorder->show();
-    ASSERT_TRUE(waitUntil([&] { return recorder->panel().isKey(); }));
+    ASSERT_TRUE(
+        waitUntil([&] { return recorder->panel().isKey() && hasKeyboard(recorder->panel().window()); }));
+  }
+
+  bool hasKeyboard(const QWidget& window) {
+    const x11::Owned<xcb_get_input_focus_reply_t> focus{
+        xcb_get_input_focus_reply(other.raw(), xcb_get_input_focus(other.raw()), nullptr)};
+    return focus && focus->focus == window.winId();
   }
 
   // Whether the server was asked to sound the bell.
@@ -58,7 +65,6 @@ class ShortcutRecorderTest : public testing::Test {
     return {HotKey::shared().keyCode(), HotKey::shared().modifiers()};
   }
 
-  const test::WindowManager manager{test::xServer()};
   QTemporaryDir folder;
   test::ManualClock clock;
   settings::Settings settings{(folder.path() + "/settings.json").toStdString(), clock};

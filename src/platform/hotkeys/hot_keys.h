@@ -32,7 +32,8 @@ enum ErrorCode : int {
 };
 
 // Key combinations of ours that work whichever program has the keyboard. Such a press reaches nobody else.
-// Main thread; outlived by the desktop.
+// What has all of the keyboard for itself, such as an open menu, keeps it from us meanwhile. Main thread;
+// outlived by the desktop.
 class HotKeys {
  public:
   // Ends with its destruction; before the service does.
