@@ -132,8 +132,8 @@ Scopes KernelRunner::scopesOf(const PixelBufferRef& frame, int stride) {
 }
 
 void KernelRunner::renderScope(gpu::CommandBuffer& commands, const char* kernel,
-                             const std::shared_ptr<gpu::Buffer>& counters, float gain,
-                             const std::shared_ptr<gpu::Texture>& image) {
+                               const std::shared_ptr<gpu::Buffer>& counters, float gain,
+                               const std::shared_ptr<gpu::Texture>& image) {
   const auto encoder = commands.makeComputeEncoder();
   encoder->setPipeline(pipeline(kernel));
   encoder->setBuffer(counters, 0, 0);
@@ -143,7 +143,7 @@ void KernelRunner::renderScope(gpu::CommandBuffer& commands, const char* kernel,
   encoder->endEncoding();
 }
 
-Pixels KernelRunner::falseColorOf(const PixelBufferRef& frame, int mode, const Palette& palette) {
+Pixels KernelRunner::falseColorOf(const PixelBufferRef& frame, int mode, const Palette::Buffer& palette) {
   const auto source = wrap(frame);
   const auto preview = picture(frame->width(), frame->height());
   const auto commands = queue_->makeCommandBuffer();
@@ -153,7 +153,7 @@ Pixels KernelRunner::falseColorOf(const PixelBufferRef& frame, int mode, const P
   encoder->setTexture(preview, 1);
   encoder->setValue(static_cast<std::uint32_t>(mode), 0);
   encoder->setValue(kernels::Offset{}, 1);
-  encoder->setValue(palette.buffer(), 2);
+  encoder->setValue(palette, 2);
   encoder->dispatchThreadgroups({groups(frame->width()), groups(frame->height()), 1}, {16, 16, 1});
   encoder->endEncoding();
   commands->commit();

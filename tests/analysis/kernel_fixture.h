@@ -56,7 +56,8 @@ class KernelRunner {
 
   std::shared_ptr<gpu::Texture> wrap(const PixelBufferRef& frame);
   Scopes scopesOf(const PixelBufferRef& frame, int stride = 1);
-  Pixels falseColorOf(const PixelBufferRef& frame, int mode, const Palette& palette = Palette::standard());
+  Pixels falseColorOf(const PixelBufferRef& frame, int mode,
+                      const Palette::Buffer& palette = Palette::standard().buffer());
 
   // The frame drawn into a target of this size, on near black.
   Pixels drawn(const PixelBufferRef& frame, gpu::Extent target, kernels::Scale scale = {});

@@ -19,7 +19,8 @@ namespace velicor {
 //                      edges held), so that a texture shown at its own size arrives bit for bit. Alpha is the
 //                      texture's. Pixels outside the scaled rectangle keep what they had.
 //
-// Layouts are in kernel_interface.h. nullptr where the device takes no library.
+// Layouts are in kernel_interface.h. Every function is there twice, in C++ and in GLSL (glsl/); what both
+// must agree on they read from the same files (shared/). nullptr where the device takes no library.
 std::shared_ptr<gpu::Library> defaultLibrary(const std::shared_ptr<gpu::Device>& device);
 
 }  // namespace velicor
