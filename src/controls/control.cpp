@@ -93,7 +93,7 @@ void ButtonControl::mouseMoveEvent(QMouseEvent* event) {
 
 void ButtonControl::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton || !std::exchange(tracking_, false)) return;
-  const bool inside = isPressed();
+  const bool inside = isPressed() && rect().contains(event->position().toPoint());
   setPressed(false);
   if (inside) click();
 }

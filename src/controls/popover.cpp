@@ -51,10 +51,18 @@ void Popover::show(Qt::FocusReason reason) {
   place();
   panel_->orderFront();
   panel_->makeKey();
+  activate();
   ground_->focusFirst(reason);
   qApp->installEventFilter(this);
   whileShown_.push_back(desktop_.pointer().observePressesElsewhere([this] { dismiss(); }));
   whileShown_.push_back(desktop_.screens().changed.subscribe([this] { place(); }));
+}
+
+// Where nobody took the keyboard since the popover had it last, the toolkit sees no change of the focus and would
+// leave the window inactive.
+void Popover::activate() {
+  QWidget& window = panel_->window();
+  if (QGuiApplication::focusWindow() == window.windowHandle()) QApplication::setActiveWindow(&window);
 }
 
 void Popover::hide() {
@@ -100,6 +108,7 @@ bool Popover::eventFilter(QObject* watched, QEvent* event) {
   const auto& widget = static_cast<QWidget&>(*watched);
   switch (event->type()) {
     case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
       if (widget.window() == &panel_->window()) return false;
       dismiss();
       return isAnchor(widget);

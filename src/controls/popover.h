@@ -49,6 +49,7 @@ class Popover : public QObject {
 
   void dismiss();
   void place();
+  void activate();
   void followAnchor();
   bool isAnchor(const QWidget& widget) const;
 

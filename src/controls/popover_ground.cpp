@@ -18,7 +18,8 @@ namespace velicor::controls {
 
 namespace {
 
-constexpr double edgeOpacity = 0.18;  // of the line around it, which sets it off from a panel below
+constexpr double edgeOpacity = 0.22;  // of the line around it, which sets it off from a panel below
+constexpr double edgeRoom = 1.5;      // for that line along the arrow, where the window is cut to its shape
 
 QRegion regionOf(const QPainterPath& path, double scale) {
   return QRegion(QTransform::fromScale(scale, scale).map(path).toFillPolygon().toPolygon());
@@ -59,14 +60,14 @@ QRectF PopoverGround::body() const {
   return QRectF(rect()).adjusted(0, arrowOnTop_ ? arrowHeight : 0, 0, arrowOnTop_ ? 0 : -arrowHeight);
 }
 
-QPainterPath PopoverGround::shape(const QRectF& body, double radius) const {
+QPainterPath PopoverGround::shape(const QRectF& body, double radius, double grown) const {
   const double base = arrowOnTop_ ? body.top() : body.bottom();
   const double up = arrowOnTop_ ? -1 : 1;
-  const double half = arrowWidth / 2.0;
+  const double half = arrowWidth / 2.0 + grown;
   QPainterPath arrow;
   // Reaching into the body, so that the two become one.
   arrow.addPolygon(QPolygonF({{tip_ - half - 1, base - up},
-                              {tip_, base + up * (arrowHeight - 1)},
+                              {tip_, base + up * (arrowHeight - 1 + grown)},
                               {tip_ + half + 1, base - up}}));
   arrow.closeSubpath();
   return desktop::continuousCorners(body, radius).united(arrow);
@@ -110,7 +111,7 @@ void PopoverGround::fitWindow() {
   if (composed) {
     window()->clearMask();
   } else {
-    window()->setMask(regionOf(shape(body(), 0), 1));
+    window()->setMask(regionOf(shape(body(), 0, edgeRoom), 1));
   }
   const QPainterPath rounded = shape(body(), cornerRadius);
   desktop::toolkit::setBlurBehind(desktop::toolkit::identifierOf(*window()),

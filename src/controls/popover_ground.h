@@ -46,7 +46,7 @@ class PopoverGround : public QWidget {
 
  private:
   QRectF body() const;
-  QPainterPath shape(const QRectF& body, double radius) const;
+  QPainterPath shape(const QRectF& body, double radius, double grown = 0) const;
   void fitWindow();
 
   desktop::Desktop& desktop_;
