@@ -21,13 +21,21 @@ constexpr double labelX = 12;
 constexpr double labelRise = 7;   // of a label's centre above its line
 constexpr double labelInset = 8;  // from the top edge at least
 
+bool isEnd(double level) { return level == levels.front() || level == levels.back(); }
+
 QPen penFor(double level) {
-  const bool end = level == levels.front() || level == levels.back();
-  QPen pen(look::faded(Qt::white, end ? endOpacity : innerOpacity), lineWidth, Qt::SolidLine, Qt::FlatCap,
+  QPen pen(look::faded(Qt::white, isEnd(level) ? endOpacity : innerOpacity), lineWidth, Qt::SolidLine, Qt::FlatCap,
            Qt::MiterJoin);
   pen.setMiterLimit(miterLimit);
-  if (!end) pen.setDashPattern({dash / lineWidth, dash / lineWidth});  // the toolkit counts in widths of the pen
   return pen;
+}
+
+// Solid at the ends, else dashes with gaps of their length. The toolkit's own dashes are longer for thin pens.
+void drawLine(QPainter& painter, double level, double y, double width) {
+  if (isEnd(level)) return painter.drawLine(QPointF(0, y), QPointF(width, y));
+  for (double x = 0; x < width; x += 2 * dash) {
+    painter.drawLine(QPointF(x, y), QPointF(std::min(x + dash, width), y));
+  }
 }
 
 }  // namespace
@@ -36,9 +44,8 @@ void ParadeGraticule::draw(QPainter& painter, QSizeF canvas) const {
   const double h = canvas.height();
   for (const double level : levels) {
     const double y = h * (1 - level);
-    const double line = graticule::onPixels(painter, y, lineWidth, h);
     painter.setPen(penFor(level));
-    painter.drawLine(QPointF(0, line), QPointF(canvas.width(), line));
+    drawLine(painter, level, graticule::onPixels(painter, y, lineWidth, h), canvas.width());
     graticule::drawLabel(painter, {labelX, std::max(y - labelRise, labelInset)},
                          QString::number(static_cast<int>(level * 100)));
   }

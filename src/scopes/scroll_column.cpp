@@ -29,6 +29,8 @@ ScrollColumn::ScrollColumn(QWidget* parent) : QScrollArea(parent) {
   content->setAutoFillBackground(false);
   viewport()->setAutoFillBackground(false);
   connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { followFocus(now); });
+  // What has just grown is laid out later than the keyboard got there.
+  connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { followFocus(QApplication::focusWidget()); });
 }
 
 void ScrollColumn::followFocus(QWidget* focused) {

@@ -207,8 +207,9 @@ TEST_F(ScopesPanelTest, everyControlIsReachedByTheKeyboardHasANameAndComesIntoSi
     // The colours come to light, and with them eight wells.
     if (nameOf(*focused).contains("CHANGE COLORS")) {
       press(Qt::Key_Space);
-      waitUntil([&] { return !child<PaletteEditor>(window)->findChildren<QWidget*>().isEmpty(); });
-      waitUntil([] { return false; }, std::chrono::milliseconds(200));
+      const auto* editor = child<PaletteEditor>(window);
+      const auto* last = child<Label>(window, "100%  clip");
+      ASSERT_TRUE(waitUntil([&] { return place(*last, *editor).bottom() + 4 + 8 < editor->height(); }));
     }
     press(Qt::Key_Tab);
   }
@@ -253,13 +254,13 @@ TEST_F(ScopesPanelTest, aFailingCaptureSaysSoUntilItWorksAgain) {
   settle();
   EXPECT_FALSE(button->isVisible());
   service->access = false;
+  service->starts.push_back(failure("test", 1, "no"));
   state().loupeFrameChanged({100, 100, 40, 30});
   settle();
   ASSERT_TRUE(state().capture.lastError());
   EXPECT_TRUE(button->isVisible());
   EXPECT_NE(child<Label>(controller.view(), QString::fromStdString(*state().capture.lastError())), nullptr);
   service->access = true;
-  state().capture.resume();
   state().loupeFrameChanged({100, 100, 40, 30});
   settle();
   EXPECT_FALSE(state().capture.lastError());
@@ -268,8 +269,11 @@ TEST_F(ScopesPanelTest, aFailingCaptureSaysSoUntilItWorksAgain) {
 
 TEST_F(ScopesPanelTest, onlyScopesInSightAreDrawn) {
   const std::unique_ptr<ScopesView> view = viewFor(500);
-  const QList<LiveTextureView*> scopes = view->findChildren<LiveTextureView*>();
-  ASSERT_EQ(scopes.size(), 2);
+  std::vector<LiveTextureView*> scopes;
+  for (QWidget* widget : view->findChildren<QWidget*>()) {
+    if (auto* live = dynamic_cast<LiveTextureView*>(widget)) scopes.push_back(live);
+  }
+  ASSERT_EQ(scopes.size(), 2U);
   const auto seen = [&] { return std::pair(scopes[0]->canBeSeen(), scopes[1]->canBeSeen()); };
   EXPECT_EQ(seen(), std::pair(true, true));
   QScrollBar* bar = view->findChild<QScrollArea*>()->verticalScrollBar();

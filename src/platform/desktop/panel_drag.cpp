@@ -25,9 +25,9 @@ void PanelDrag::press(const QMouseEvent& event) {
   start_ = Start{panel_.desktop().pointer().positionOf(event), panel_.frame()};
 }
 
-// A manager that is asked at the press, and takes up the request when the button is up again, would leave the
-// panel hanging on the pointer: it is asked when the mouse has moved. It measures from where the mouse is then,
-// so the panel has caught up by itself before.
+// A manager that takes up the request when the button is up again leaves the panel hanging on the pointer: it is
+// asked when the mouse has moved, and only while the button is really down. It measures from where the mouse is
+// then, so the panel has caught up by itself before.
 void PanelDrag::move(const QMouseEvent& event) {
   if (!start_ || !event.buttons().testFlag(Qt::LeftButton)) return;
   const DesktopPoint mouse = panel_.desktop().pointer().positionOf(event);
@@ -39,9 +39,8 @@ void PanelDrag::move(const QMouseEvent& event) {
   frame.y += dy;
   panel_.setFrame(frame);
   const bool begins = !std::exchange(start_->moving, true);
-  if (begins && panel_.kind() == PanelKind::managed && panel_.window().windowHandle()->startSystemMove()) {
-    start_.reset();
-  }
+  const bool canBeTakenOver = panel_.kind() == PanelKind::managed && panel_.desktop().pointer().isPressed();
+  if (begins && canBeTakenOver && panel_.window().windowHandle()->startSystemMove()) start_.reset();
 }
 
 }  // namespace velicor::desktop

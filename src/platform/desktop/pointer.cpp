@@ -17,6 +17,7 @@ namespace velicor::desktop {
 namespace {
 
 constexpr int shortestInterval = 16;  // milliseconds between two reports
+constexpr int realButtons = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3;
 constexpr int anyButton =
     XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 | XCB_BUTTON_MASK_4 | XCB_BUTTON_MASK_5;
 
@@ -52,6 +53,12 @@ DesktopPoint Pointer::position() const {
       server_.connection().reply(xcb_query_pointer_reply, xcb_query_pointer(server_.raw(), server_.root()));
   if (!pointer) return {};
   return screens_.layout().toDesktop(DevicePoint{(*pointer)->root_x, (*pointer)->root_y});
+}
+
+bool Pointer::isPressed() const {
+  const auto pointer =
+      server_.connection().reply(xcb_query_pointer_reply, xcb_query_pointer(server_.raw(), server_.root()));
+  return pointer && ((*pointer)->mask & realButtons) != 0;
 }
 
 DesktopPoint Pointer::positionOf(const QMouseEvent& event) const {

@@ -26,6 +26,9 @@ class Pointer {
   // Where the mouse was when the toolkit's event happened, which may be a while ago.
   DesktopPoint positionOf(const QMouseEvent& event) const;
 
+  // Whether a button is down at this moment, wheels apart; the toolkit's events may be behind. A round trip.
+  bool isPressed() const;
+
   // Whose windows the mouse moves over.
   enum class Over { otherWindows, ownWindows };
 
