@@ -1,27 +1,41 @@
 #include "app/app_delegate.h"
 
+#include <chrono>
+#include <cstdlib>
 #include <utility>
 
 #include "app/app_state.h"
+#include "app/command_menus.h"
+#include "app/panel_dump.h"
 #include "loupe/loupe_controller.h"
+#include "menubar/menu_bar_controller.h"
+#include "platform/desktop/activation.h"
 #include "platform/desktop/application.h"
 #include "platform/desktop/desktop.h"
+#include "platform/dispatch/clock.h"
 #include "scopes/scopes_panel_controller.h"
+#include "update/updates.h"
 
 namespace velicor {
 
 namespace {
 
 constexpr int otherWindowsLevel = 5;  // above the loupe and the scopes panel
+constexpr auto updateCheckDelay = std::chrono::seconds(2);
 
 }  // namespace
 
-AppDelegate::AppDelegate(desktop::Desktop& desktop)
-    : desktop_(desktop), life_(std::make_shared<AppDelegate*>(this)) {}
+std::weak_ptr<MenuBarController> AppDelegate::menuBar;
+
+AppDelegate::AppDelegate(desktop::Desktop& desktop, settings::Settings& settings, dispatch::Clock& clock)
+    : desktop_(desktop), settings_(settings), clock_(clock), life_(std::make_shared<AppDelegate*>(this)) {}
 
 AppDelegate::~AppDelegate() = default;
 
-void AppDelegate::applicationDidFinishLaunching() { startMainUI(); }
+void AppDelegate::applicationDidFinishLaunching() {
+  desktop_.activation().setPolicy(desktop::ActivationPolicy::regular);
+  startMainUI();
+}
 
 void AppDelegate::applicationWillTerminate() { AppState::shared().saveSettings(); }
 
@@ -32,11 +46,13 @@ void AppDelegate::startMainUI() {
   state.applyRestoredSettings();
   createScopes(state);
   showPanels();
+  createMenuBar(state);
   observeWindows();
+  scheduleDeferredStart(state);
 }
 
 void AppDelegate::createLoupe(AppState& state) {
-  loupe_ = std::make_shared<LoupeController>(state.processor, desktop_);
+  loupe_ = std::make_shared<LoupeController>(state.processor, desktop_, clock_);
   loupe_->onFrameChange = [](const DesktopRect& frame) { AppState::shared().loupeFrameChanged(frame); };
   state.loupe = loupe_;
 }
@@ -54,6 +70,7 @@ void AppDelegate::createScopes(AppState& state) {
     toggle();
     if (hides) (*before)->loupe_->showPanelHint();
   };
+  desktop_.activation().setRepresentative(scopes_->panel().window());
 }
 
 void AppDelegate::showPanels() {
@@ -64,6 +81,19 @@ void AppDelegate::showPanels() {
   scopes_->panel().orderFront();
   // The program becomes the active one: of its two panels this is the one with controls.
   scopes_->panel().makeKey();
+}
+
+void AppDelegate::createMenuBar(AppState& state) {
+  menuBarController_ = std::make_shared<MenuBarController>(
+      state, *loupe_, *scopes_,
+      MenuBarController::Environment{.desktop = desktop_, .settings = settings_, .clock = clock_});
+  menuBar = menuBarController_;
+  commandMenus_ = std::make_unique<CommandMenus>(desktop_, *loupe_, *scopes_);
+}
+
+void AppDelegate::scheduleDeferredStart(AppState& state) {
+  clock_.callAfter(updateCheckDelay, updates::checkAtLaunch);
+  if (std::getenv("VELICOR_DUMP")) startPanelDumps(state, *scopes_, clock_);
 }
 
 void AppDelegate::toggleScopes() {

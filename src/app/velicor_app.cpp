@@ -9,10 +9,13 @@
 #include <QToolTip>
 
 #include "analysis/metal_processor.h"
+#include "app/about_panel.h"
 #include "app/app_delegate.h"
 #include "app/app_state.h"
+#include "app/command_line.h"
 #include "app/server_loss.h"
 #include "menubar/hot_key.h"
+#include "menubar/menu_bar_controller.h"
 #include "platform/base/product.h"
 #include "platform/desktop/application.h"
 #include "platform/desktop/desktop.h"
@@ -23,12 +26,14 @@
 #include "platform/dispatch/main_queue.h"
 #include "platform/dispatch/termination_signals.h"
 #include "platform/hotkeys/hot_keys.h"
+#include "platform/instance/single_instance.h"
 #include "platform/log/log.h"
 #include "platform/screencapture/x11/service.h"
 #include "platform/settings/settings.h"
 #include "platform/settings/settings_file.h"
 #include "platform/x11/connection.h"
 #include "platform/x11/session_kind.h"
+#include "update/updates.h"
 
 namespace velicor {
 
@@ -70,6 +75,14 @@ struct AttachedMainQueue {
   AttachedMainQueue& operator=(const AttachedMainQueue&) = delete;
 };
 
+// The session ends soon after this, whatever becomes of the process by then.
+void saveAtSessionEnd(settings::Settings& settings) {
+  QObject::connect(qApp, &QGuiApplication::commitDataRequest, qApp, [&settings] {
+    AppState::shared().saveSettings();
+    settings.flush();
+  });
+}
+
 int unavailable(const std::string& reason) {
   log::general(reason);
   return x11::exitUnavailable;
@@ -82,6 +95,8 @@ int live(dispatch::TerminationSignals& termination) {
   if (!service) return unavailable(service.error().description);
   const auto desktop = desktop::Desktop::open();
   if (!desktop) return unavailable(desktop.error().description);
+  const auto instance = SingleInstance::claim(**desktop, product::name);
+  if (!instance) return 0;
 
   settings::Settings settings(settings::userFile(), dispatch::systemClock());
   const ServerLoss serverLoss(**desktop, settings);
@@ -92,7 +107,13 @@ int live(dispatch::TerminationSignals& termination) {
                                              .makeProcessor = [] { return MetalProcessor::create(); }});
   hotkeys::HotKeys hotKeys(**desktop);
   const HotKey::Installation shortcut({.settings = settings, .hotKeys = hotKeys});
-  AppDelegate delegate(**desktop);
+  const updates::Installation updateChecks(settings, (*desktop)->screens());
+  const AboutPanel::Installation about(**desktop);
+  AppDelegate delegate(**desktop, settings, dispatch::systemClock());
+  const Subscription wanted = instance->wanted.subscribe([] {
+    if (const auto menuBar = AppDelegate::menuBar.lock()) menuBar->bringBack();
+  });
+  saveAtSessionEnd(settings);
   termination.deliverTo(desktop::terminate);
   delegate.applicationDidFinishLaunching();
   const int result = QApplication::exec();
@@ -103,6 +124,7 @@ int live(dispatch::TerminationSignals& termination) {
 }  // namespace
 
 int VelicorApp::run(int argc, char** argv) {
+  if (const auto answered = answerCommandLine(argc, argv)) return *answered;
   // A server that hangs up is an error of the request that finds it gone, not the end.
   std::signal(SIGPIPE, SIG_IGN);
   dispatch::TerminationSignals termination;

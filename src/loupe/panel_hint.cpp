@@ -61,7 +61,7 @@ class PanelHint::Canvas : public QWidget {
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
     if (!hasAlpha) return drawBubble(painter);
-    if (picture_.devicePixelRatio() != devicePixelRatioF()) drawPicture();
+    if (picture_.isNull() || picture_.devicePixelRatio() != devicePixelRatioF()) drawPicture();
     painter.setOpacity(alpha);
     painter.drawPixmap(0, 0, picture_);
   }

@@ -44,8 +44,8 @@ class MenuBarControllerTest : public test::AppStateFixture {
 
   // Open files, threads, windows and all else that the server keeps for the desktop's connection.
   std::vector<std::size_t> resources() {
-    const auto entries = [](const char* folder) {
-      return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+    const auto entries = [](const char* place) {
+      return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(place), {}));
     };
     std::vector<std::size_t> counts{entries("/proc/self/fd"), entries("/proc/self/task")};
     const auto clients = xcb_res_query_clients_reply(other.raw(), xcb_res_query_clients(other.raw()), nullptr);

@@ -31,7 +31,9 @@ RunningVelicor::RunningVelicor(const Launch& launch) {
   }
   process_.setProcessEnvironment(environment);
   process_.setWorkingDirectory(folder_.path());
-  process_.start(VELICOR_PROGRAM, QStringList());
+  QStringList arguments;
+  for (const std::string& argument : launch.arguments) arguments << QString::fromStdString(argument);
+  process_.start(VELICOR_PROGRAM, arguments);
 }
 
 RunningVelicor::~RunningVelicor() {

@@ -18,6 +18,7 @@ struct Launch {
   int fps = 30;
   bool withSettings = true;                // false: the settings file does not exist yet
   std::vector<std::string> environment{};  // "NAME=value"
+  std::vector<std::string> arguments{};
 };
 
 // The real program, with settings of its own, until it is ended, at the latest with this object.
@@ -31,11 +32,16 @@ class RunningVelicor {
   // What it has written to standard error so far.
   std::string log();
 
+  // And to standard output.
+  std::string output() { return output_ += process_.readAllStandardOutput().toStdString(); }
+
   // Until the log holds the text.
   bool waitForLog(const std::string& text, std::chrono::milliseconds limit = std::chrono::seconds(20));
 
   // Until it has ended by itself, with its exit code; -1 when it crashed or runs on.
   int waitForExit(std::chrono::milliseconds limit = std::chrono::seconds(20));
+
+  qint64 processID() const { return process_.processId(); }
 
   // SIGTERM, and the exit code.
   int terminate();
@@ -53,6 +59,7 @@ class RunningVelicor {
   QTemporaryDir folder_;
   QProcess process_;
   std::string log_;
+  std::string output_;
 };
 
 }  // namespace velicor::test
