@@ -60,6 +60,12 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object) {
   return facts ? new AccessibleFacts(static_cast<QWidget*>(object), *facts) : nullptr;
 }
 
+void announce(QWidget& widget, QAccessible::State changed) {
+  if (!QAccessible::isActive()) return;
+  QAccessibleStateChangeEvent event(&widget, changed);
+  QAccessible::updateAccessibility(&event);
+}
+
 }  // namespace
 
 Accessible::Accessible() {
@@ -69,16 +75,27 @@ Accessible::Accessible() {
 void announceValue(QWidget& widget, const Accessible& facts) {
   if (!QAccessible::isActive()) return;
   const auto range = facts.accessibleRange();
-  QAccessibleValueChangeEvent event(&widget, range ? QVariant(range->value) : QVariant(facts.accessibleValue()));
+  QAccessibleValueChangeEvent event(&widget,
+                                    range ? QVariant(range->value) : QVariant(facts.accessibleValue()));
   QAccessible::updateAccessibility(&event);
 }
 
 void announceChecked(QWidget& widget) {
-  if (!QAccessible::isActive()) return;
   QAccessible::State changed;
   changed.checked = true;
-  QAccessibleStateChangeEvent event(&widget, changed);
-  QAccessible::updateAccessibility(&event);
+  announce(widget, changed);
+}
+
+void announceSelected(QWidget& widget) {
+  QAccessible::State changed;
+  changed.selected = true;
+  announce(widget, changed);
+}
+
+void announceExpanded(QWidget& widget) {
+  QAccessible::State changed;
+  changed.expanded = true;
+  announce(widget, changed);
 }
 
 }  // namespace velicor::controls

@@ -47,5 +47,7 @@ class Accessible {
 // To be called after the widget's value, or what it shows, has changed.
 void announceValue(QWidget& widget, const Accessible& facts);
 void announceChecked(QWidget& widget);
+void announceSelected(QWidget& widget);
+void announceExpanded(QWidget& widget);
 
 }  // namespace velicor::controls

@@ -8,6 +8,7 @@
 #include <QTransform>
 
 #include "platform/desktop/continuous_corners.h"
+#include "platform/desktop/look.h"
 
 namespace velicor::controls {
 
@@ -39,15 +40,16 @@ void drawCentred(QPainter& painter, const QRectF& rect, const QFont& font, const
   const double baseline = rect.center().y() + metrics.capHeight() / 2;
   painter.setFont(font);
   painter.setPen(color);
-  painter.drawText(QPointF(rect.center().x() - metrics.horizontalAdvance(text) / 2,
-                           std::round(baseline * scale) / scale),
-                   text);
+  painter.drawText(
+      QPointF(rect.center().x() - metrics.horizontalAdvance(text) / 2, std::round(baseline * scale) / scale),
+      text);
 }
 
 QColor touched(QColor color, Touch touch) {
   const float alpha = color.alphaF();
   switch (touch) {
     case Touch::hovered:
+      if (alpha == 1) color = color.lighter(115);
       color.setAlphaF(alpha + (1 - alpha) * 0.6F);
       break;
     case Touch::pressed:
@@ -60,6 +62,11 @@ QColor touched(QColor color, Touch touch) {
       break;
   }
   return color;
+}
+
+QColor knobColor(Touch touch) {
+  if (touch == Touch::disabled) return look::controlKnobDisabled;
+  return touch == Touch::pressed ? look::controlKnobPressed : look::controlKnob;
 }
 
 }  // namespace velicor::controls

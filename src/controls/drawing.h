@@ -31,4 +31,7 @@ enum class Touch { none, hovered, pressed, disabled };
 // A colour as it answers to that.
 QColor touched(QColor color, Touch touch);
 
+// The knob of a switch or a slider.
+QColor knobColor(Touch touch);
+
 }  // namespace velicor::controls

@@ -108,21 +108,19 @@ void MiniSlider::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setPen(Qt::NoPen);
-  const QRectF knob = pixelAligned(
-      painter, {knobCentre() - knobSide / 2, (height() - knobSide) / 2, knobSide, knobSide});
+  const QRectF knob =
+      pixelAligned(painter, {knobCentre() - knobSide / 2, (height() - knobSide) / 2, knobSide, knobSide});
   paintTrack(painter, knob);
-  const Touch state = touch();
-  const QColor shade = state == Touch::pressed ? QColor(0xD8, 0xD8, 0xD8) : look::controlKnob;
-  painter.setBrush(state == Touch::disabled ? QColor(0x80, 0x80, 0x80) : shade);
+  painter.setBrush(knobColor(touch()));
   painter.drawEllipse(knob);
 }
 
 void MiniSlider::paintTrack(QPainter& painter, const QRectF& knob) const {
-  const QRectF track =
-      pixelAligned(painter, {0, (height() - trackHeight) / 2, double(width()), trackHeight});
+  const QRectF track = pixelAligned(painter, {0, (height() - trackHeight) / 2, double(width()), trackHeight});
   const double radius = track.height() / 2;
   const Touch state = touch();
-  painter.setBrush(state == Touch::hovered || state == Touch::pressed ? look::white(0.22) : look::controlTrack);
+  painter.setBrush(state == Touch::hovered || state == Touch::pressed ? look::controlTrackLit
+                                                                      : look::controlTrack);
   painter.drawRoundedRect(track, radius, radius);
   QRectF filled = track;
   filled.setRight(knob.center().x());

@@ -22,8 +22,8 @@ QFont titleFont() { return desktop::interfaceFont(11, QFont::Medium); }
 
 QColor groundOf(bool isDefault, Touch touch) {
   const QColor ground = isDefault ? look::accent : look::controlTrack;
-  if (touch == Touch::hovered) return isDefault ? ground.lighter(112) : look::white(0.22);
-  if (touch == Touch::pressed) return isDefault ? ground.darker(118) : look::white(0.11);
+  if (touch == Touch::hovered) return isDefault ? ground.lighter(112) : look::controlTrackLit;
+  if (touch == Touch::pressed) return isDefault ? ground.darker(118) : look::controlTrackPressed;
   return touched(ground, touch);
 }
 
@@ -67,8 +67,7 @@ void PushButton::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   const QRectF body = pixelAligned(painter, rect());
   painter.fillPath(desktop::continuousCorners(body, radius), groundOf(default_, touch()));
-  if (!default_)
-    painter.fillPath(continuousBorder(body, radius, pixelWidth(painter, 1)), look::hairline);
+  if (!default_) painter.fillPath(continuousBorder(body, radius, pixelWidth(painter, 1)), look::hairline);
   const QColor text = default_ ? QColor(Qt::black) : look::primaryText;
   drawCentred(painter, body, titleFont(), touch() == Touch::disabled ? touched(text, Touch::disabled) : text,
               title_);

@@ -20,7 +20,9 @@ namespace {
 constexpr int padding = 10;
 constexpr double radius = 5;
 
-QFont titleFont(bool selected) { return desktop::interfaceFont(11, selected ? QFont::DemiBold : QFont::Medium); }
+QFont titleFont(bool selected) {
+  return desktop::interfaceFont(11, selected ? QFont::DemiBold : QFont::Medium);
+}
 
 }  // namespace
 
@@ -57,7 +59,8 @@ QRectF SegmentedPicker::segmentRect(std::size_t index) const {
 int SegmentedPicker::indexAt(const QPointF& point) const {
   for (std::size_t i = 0; i < segments_.size(); ++i) {
     const QRectF rect = segmentRect(i);
-    if (point.x() >= rect.left() && point.x() < rect.right() && rect.top() <= point.y() && point.y() < rect.bottom())
+    if (point.x() >= rect.left() && point.x() < rect.right() && rect.top() <= point.y() &&
+        point.y() < rect.bottom())
       return static_cast<int>(i);
   }
   return -1;
@@ -137,18 +140,21 @@ void SegmentedPicker::keyPressEvent(QKeyEvent* event) {
 void SegmentedPicker::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillPath(desktop::continuousCorners(pixelAligned(painter, rect()), radius), look::hairline);
-  const bool disabled = !isEnabled();
+  const auto dimmed = [disabled = !isEnabled()](const QColor& color) {
+    return disabled ? touched(color, Touch::disabled) : color;
+  };
+  painter.fillPath(desktop::continuousCorners(pixelAligned(painter, rect()), radius), dimmed(look::hairline));
   for (std::size_t i = 0; i < segments_.size(); ++i) {
     const int index = static_cast<int>(i);
     const bool selected = index == selected_;
     const bool lit = selected || index == hovered_ || index == pressed_;
     const QRectF segment = pixelAligned(painter, segmentRect(i));
-    if (selected) painter.fillPath(desktop::continuousCorners(segment, radius), look::white(0.22));
-    if (index == pressed_ && !selected) painter.fillPath(desktop::continuousCorners(segment, radius), look::hairline);
+    if (selected)
+      painter.fillPath(desktop::continuousCorners(segment, radius), dimmed(look::controlTrackLit));
+    if (index == pressed_ && !selected)
+      painter.fillPath(desktop::continuousCorners(segment, radius), look::hairline);
     const QColor text = lit ? look::primaryText : look::secondaryText;
-    drawCentred(painter, segment, titleFont(selected), disabled ? touched(text, Touch::disabled) : text,
-                segments_[i].title);
+    drawCentred(painter, segment, titleFont(selected), dimmed(text), segments_[i].title);
   }
 }
 

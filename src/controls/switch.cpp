@@ -20,12 +20,33 @@ constexpr double gap = 8;
 
 QFont titleFont() { return desktop::interfaceFont(11); }
 
-double titleWidth(const QString& title) { return std::ceil(QFontMetricsF(titleFont()).horizontalAdvance(title)); }
+double titleWidth(const QString& title) {
+  return std::ceil(QFontMetricsF(titleFont()).horizontalAdvance(title));
+}
 
 QColor mix(const QColor& a, const QColor& b, double share) {
   const auto part = [share](float from, float to) { return from + (to - from) * static_cast<float>(share); };
   return QColor::fromRgbF(part(a.redF(), b.redF()), part(a.greenF(), b.greenF()), part(a.blueF(), b.blueF()),
                           part(a.alphaF(), b.alphaF()));
+}
+
+struct TrackColors {
+  QColor off = look::controlTrack;
+  QColor on = look::accent;
+};
+
+TrackColors trackColors(Touch touch) {
+  switch (touch) {
+    case Touch::hovered:
+      return {look::controlTrackLit, look::accent.lighter(112)};
+    case Touch::pressed:
+      return {look::controlTrackPressed, look::accent.darker(118)};
+    case Touch::disabled:
+      return {look::controlTrack, touched(look::accent, touch)};
+    case Touch::none:
+      break;
+  }
+  return {};
 }
 
 }  // namespace
@@ -73,15 +94,15 @@ void Switch::paintEvent(QPaintEvent*) {
   drawCentred(painter, title, titleFont(),
               state == Touch::disabled ? touched(look::primaryText, state) : look::primaryText, title_);
   const QRectF track = pixelAligned(painter, outline());
-  const QColor off = state == Touch::hovered || state == Touch::pressed ? look::white(0.22) : look::controlTrack;
+  const TrackColors colors = trackColors(state);
   const double radius = track.height() / 2;
   painter.setPen(Qt::NoPen);
-  painter.setBrush(mix(off, touched(look::accent, state == Touch::disabled ? state : Touch::none), knob_.value()));
+  painter.setBrush(mix(colors.off, colors.on, knob_.value()));
   painter.drawRoundedRect(track, radius, radius);
   const double side = track.height() - 2 * knobInset;
   const double travel = track.width() - track.height();
   const QRectF knob(track.left() + knobInset + travel * knob_.value(), track.top() + knobInset, side, side);
-  painter.setBrush(touched(look::controlKnob, state == Touch::disabled ? state : Touch::none));
+  painter.setBrush(knobColor(state));
   painter.drawEllipse(knob_.isMoving() ? knob : pixelAligned(painter, knob));
 }
 

@@ -15,8 +15,8 @@ int sideFor(double fontSize) { return 2 * static_cast<int>(std::lround(fontSize 
 
 }  // namespace
 
-SymbolImage::SymbolImage(std::string_view name, double fontSize, TextColor color, desktop::SymbolWeight weight,
-                         QWidget* parent)
+SymbolImage::SymbolImage(std::string_view name, double fontSize, TextColor color,
+                         desktop::SymbolWeight weight, QWidget* parent)
     : QWidget(parent), name_(name), side_(sideFor(fontSize)), color_(color), weight_(weight) {
   setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
@@ -35,7 +35,8 @@ void SymbolImage::paintEvent(QPaintEvent*) {
   painter.translate(-centre);
   QRectF square(0, 0, side_, side_);
   square.moveCenter(centre);
-  if (rotation_ == 0) square = QRectF(pixelAligned(painter, square).topLeft(), square.size());
+  if (std::remainder(rotation_, 90) == 0)
+    square = QRectF(pixelAligned(painter, square).topLeft(), square.size());
   desktop::drawSymbol(painter, name_, square, touched(colorOf(color_), Control::touchOf(*this)), weight_);
 }
 

@@ -33,7 +33,7 @@ void addTitle(QWidget& ground, const QString& text) {
 
 PlainButton& addCloseButton(QWidget& ground) {
   auto* button = new PlainButton(
-      new SymbolImage("xmark", symbolSize, TextColor::secondary, desktop::SymbolWeight::bold), &ground);
+      new SymbolImage("close", symbolSize, TextColor::secondary, desktop::SymbolWeight::bold), &ground);
   button->setAccessibleName(QStringLiteral("Close"));
   button->setFocusPolicy(Qt::NoFocus);
   button->setGeometry(buttonLeft, (UtilityPanel::titleHeight - buttonSide) / 2, buttonSide, buttonSide);

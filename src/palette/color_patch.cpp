@@ -17,6 +17,12 @@ namespace {
 
 int byteOf(double component) { return roundHalfAway(std::clamp(component, 0.0, 1.0) * 255); }
 
+// How strong the border of a patch is at least while the pointer is at work on it.
+double leastOpacity(controls::Touch touch) {
+  if (touch == controls::Touch::pressed) return 0.9;
+  return touch == controls::Touch::hovered ? 0.6 : 0;
+}
+
 }  // namespace
 
 QColor colorOf(const Palette::RGB& rgb) { return {byteOf(rgb.r), byteOf(rgb.g), byteOf(rgb.b)}; }
@@ -41,14 +47,15 @@ void ColorPatch::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const QRectF shape = controls::pixelAligned(painter, rect());
+  const controls::Touch touch = controls::Control::touchOf(*this);
+  if (touch == controls::Touch::disabled) painter.setOpacity(0.4);
   QLinearGradient fill(shape.topLeft(), shape.topRight());
   fill.setStops(stops_);
-  painter.fillPath(desktop::continuousCorners(shape, radius_), stops_.size() == 1 ? QBrush(color()) : QBrush(fill));
+  painter.fillPath(desktop::continuousCorners(shape, radius_),
+                   stops_.size() == 1 ? QBrush(color()) : QBrush(fill));
   if (border_.width == 0) return;
-  const bool lit = controls::Control::touchOf(*this) == controls::Touch::hovered;
-  painter.fillPath(
-      controls::continuousBorder(shape, radius_, controls::pixelWidth(painter, border_.width)),
-      look::white(lit ? std::max(border_.opacity, 0.6) : border_.opacity));
+  painter.fillPath(controls::continuousBorder(shape, radius_, controls::pixelWidth(painter, border_.width)),
+                   look::white(std::max(border_.opacity, leastOpacity(touch))));
 }
 
 }  // namespace velicor

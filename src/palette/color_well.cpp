@@ -1,5 +1,6 @@
 #include "palette/color_well.h"
 
+#include "controls/accessible.h"
 #include "controls/popover.h"
 #include "palette/color_editor.h"
 #include "palette/color_patch.h"
@@ -42,14 +43,20 @@ void ColorWell::write(const Palette::RGB& rgb) {
 }
 
 void ColorWell::activate() {
+  if (open_) return;
   backup_ = rgb_;
-  open_ = true;
+  setOpen(true);
   if (!popover_) makePopover();
   popover_->show(usesKeys() ? Qt::TabFocusReason : Qt::OtherFocusReason);
 }
 
+void ColorWell::setOpen(bool open) {
+  open_ = open;
+  controls::announceExpanded(*this);
+}
+
 void ColorWell::close() {
-  open_ = false;
+  setOpen(false);
   popover_->hide();
 }
 
@@ -63,7 +70,7 @@ void ColorWell::makePopover() {
   };
   editor_->onAccept = [this] { close(); };
   popover_ = std::make_unique<controls::Popover>(desktop_, *this, std::move(editor));
-  popover_->onDismiss = [this] { open_ = false; };
+  popover_->onDismiss = [this] { setOpen(false); };
 }
 
 }  // namespace velicor

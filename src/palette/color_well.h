@@ -47,6 +47,7 @@ class ColorWell : public controls::PlainButton {
 
  private:
   void write(const Palette::RGB& rgb);
+  void setOpen(bool open);
   void close();
   void makePopover();
 

@@ -87,7 +87,7 @@ void PaletteEditor::setMode(Mode mode) {
 void PaletteEditor::setExpanded(bool expanded) {
   expanded_ = expanded;
   turn_.moveTo(expanded ? 1 : 0);
-  wellsArea_->setExpanded(expanded);
+  if (wellsArea_) wellsArea_->setExpanded(expanded);
 }
 
 void PaletteEditor::write(const Palette& palette) {
@@ -99,6 +99,8 @@ void PaletteEditor::rebuild() {
   delete content_;
   content_ = nullptr;
   chevron_ = nullptr;
+  reset_ = nullptr;
+  wellsArea_ = nullptr;
   previewPatches_.clear();
   wells_.clear();
   if (mode_ == Mode::original) return updateGeometry();
@@ -149,7 +151,10 @@ QWidget* PaletteEditor::headerRow() {
     state.expanded = expanded_;
     state.collapsed = !expanded_;
   });
-  disclosure->onClick = [this] { setExpanded(!expanded_); };
+  disclosure->onClick = [this, disclosure] {
+    setExpanded(!expanded_);
+    controls::announceExpanded(*disclosure);
+  };
 
   reset_ = new PlainButton(new Label(QStringLiteral("Reset"), resetStyle));
   reset_->setClickMargins({0, headerReach, 0, headerReach});

@@ -6,6 +6,7 @@
 #include <QGridLayout>
 #include <QKeyEvent>
 
+#include "controls/accessible.h"
 #include "palette/color_patch.h"
 
 namespace velicor {
@@ -48,10 +49,13 @@ PresetGrid::PresetGrid(QWidget* parent) : QWidget(parent) {
 void PresetGrid::select(const Palette::RGB& rgb) {
   const std::string hex = rgb.hex();
   const auto* found = std::ranges::find(presets, hex, &Palette::RGB::hex);
+  const std::size_t before = selected_;
   selected_ = static_cast<std::size_t>(found - presets.begin());
   for (std::size_t i = 0; i < cells_.size(); ++i)
     patchOf(*cells_[i]).setBorder(i == selected_ ? selectedBorder : plainBorder);
-  if (selected_ < cells_.size()) setTabStop(selected_);
+  if (selected_ == cells_.size()) return;
+  setTabStop(selected_);
+  if (before != selected_) controls::announceChecked(*cells_[selected_]);
 }
 
 void PresetGrid::setTabStop(std::size_t index) {

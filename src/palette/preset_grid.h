@@ -11,7 +11,7 @@
 namespace velicor {
 
 // Sixteen colours to pick from, in two rows. One of them is a stop on the way of Tab; the arrow keys go from
-// there to the others. Main thread.
+// there to the others, and Space picks one: Return belongs to the window's default button. Main thread.
 class PresetGrid : public QWidget {
  public:
   explicit PresetGrid(QWidget* parent = nullptr);

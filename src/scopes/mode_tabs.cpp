@@ -97,10 +97,7 @@ class ModeTabs::Tab : public controls::PlainButton {
     if (current == current_) return;
     current_ = current;
     face_->setCurrent(current);
-    QAccessible::State changed;
-    changed.selected = true;
-    QAccessibleStateChangeEvent event(this, changed);
-    QAccessible::updateAccessibility(&event);
+    controls::announceSelected(*this);
   }
 
  private:

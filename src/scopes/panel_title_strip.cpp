@@ -30,8 +30,8 @@ PlainButton* makeButton(std::string_view symbol, const QString& name) {
 
 PanelTitleStrip::PanelTitleStrip(QWidget* parent)
     : QWidget(parent),
-      close_(makeButton("xmark", QStringLiteral("Quit Velicor"))),
-      menu_(makeButton("line.3.horizontal", QStringLiteral("Menu"))) {
+      close_(makeButton("close", QStringLiteral("Quit Velicor"))),
+      menu_(makeButton("menu", QStringLiteral("Menu"))) {
   setFixedHeight(height);
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(leftMargin, 0, rightMargin, 0);

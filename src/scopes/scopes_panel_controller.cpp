@@ -34,7 +34,8 @@ std::optional<desktop::Screen> placingScreen(const desktop::ScreenList& list) {
 // Without a screen, what the smallest scopes need.
 DesktopRect visibleFrameFor(const desktop::ScreenList& list) {
   const auto screen = placingScreen(list);
-  return screen ? screen->visibleFrame : DesktopRect{0, 0, scopes_geometry::panelWidth, scopes_geometry::smallestHeight()};
+  return screen ? screen->visibleFrame
+                : DesktopRect{0, 0, scopes_geometry::panelWidth, scopes_geometry::smallestHeight()};
 }
 
 }  // namespace
@@ -48,7 +49,7 @@ ScopesPanelController::ScopesPanelController(AppState& state, desktop::Desktop& 
   panel_->setTitle(std::string(product::name));
   panel_->setLevel(scopesLevel);
   panel_->setMovableByBackground(true);
-  panel_->setContentView(makeContent(visibleFrameFor(desktop_.screens()).height));
+  fill(visibleFrameFor(desktop_.screens()).height);
   panel_->setDelegate(this);
   screensChanged_ = desktop_.screens().changed.subscribe([this] { followScreens(); });
 }
@@ -80,20 +81,28 @@ bool ScopesPanelController::windowShouldClose(desktop::Panel&) {
   return false;
 }
 
-void ScopesPanelController::place() {
-  const DesktopRect visible = visibleFrameFor(desktop_.screens());
-  panel_->setContentView(makeContent(visible.height));
+void ScopesPanelController::fill(double visibleHeight) {
+  panel_->setContentView(makeContent(visibleHeight));
+  // Until the user turns to a control, keys mean none of them.
+  view_->setFocus();
+}
+
+void ScopesPanelController::place(const DesktopRect& visible) {
+  fill(visible.height);
   panel_->setFrame(scopes_geometry::panelFrame(visible));
 }
 
 void ScopesPanelController::followScreens() {
   if (desktop_.screens().screens().empty()) return;
   const std::vector<desktop::Screen> before = std::exchange(screens_, desktop_.screens().screens());
-  const auto showsPanel = [this](const desktop::Screen& screen) {
-    return !panel_->frame().intersection(screen.frame).isEmpty();
+  const auto shown = [this](const desktop::Screen& screen) {
+    return panel_->frame().intersection(screen.frame).area();
   };
+  const auto showsPanel = [&](const desktop::Screen& screen) { return shown(screen) > 0; };
   const bool stranded = std::ranges::any_of(before, showsPanel) && std::ranges::none_of(screens_, showsPanel);
-  if (before.empty() || stranded) place();
+  if (before.empty() || stranded) return place(visibleFrameFor(desktop_.screens()));
+  const desktop::Screen& home = *std::ranges::max_element(screens_, {}, shown);
+  if (showsPanel(home) && panel_->frame().height > home.visibleFrame.height) place(home.visibleFrame);
 }
 
 }  // namespace velicor

@@ -39,7 +39,8 @@ class ScopesPanelController : private desktop::PanelDelegate {
   // Asks the program to end; the panel stays until it does.
   bool windowShouldClose(desktop::Panel& panel) override;
 
-  void place();
+  void fill(double visibleHeight);
+  void place(const DesktopRect& visible);
   void followScreens();
   std::unique_ptr<QWidget> makeContent(double visibleHeight);
 

@@ -52,7 +52,9 @@ SymbolImage* smallSymbol(std::string_view name) {
   return new SymbolImage(name, smallText.size, smallText.color);
 }
 
-QString percentageText(double opacity) { return QString::number(static_cast<int>(opacity * 100)) + QLatin1Char('%'); }
+QString percentageText(double opacity) {
+  return QString::number(static_cast<int>(opacity * 100)) + QLatin1Char('%');
+}
 
 QString shortcutText() {
   const HotKey& key = HotKey::shared();
@@ -79,14 +81,13 @@ ScopesView::ScopesView(AppState& state, CaptureManager& capture, double scopeWid
   column->addWidget(scrollArea(), 1);
   observe();
   refresh();
-  // Until the user turns to a control, keys mean none of them.
-  setFocus();
 }
 
 ScopesView::~ScopesView() = default;
 
 QWidget* ScopesView::header() {
-  auto* title = new Label(QStringLiteral("VELICOR"), {.size = 15, .weight = QFont::DemiBold, .letterSpacing = 2.4});
+  auto* title =
+      new Label(QStringLiteral("VELICOR"), {.size = 15, .weight = QFont::DemiBold, .letterSpacing = 2.4});
   title->setAlignment(Qt::AlignHCenter);
   auto* hide = new controls::PlainButton(
       new SymbolImage("eye.slash", 11, TextColor::secondary, desktop::SymbolWeight::bold));
@@ -146,6 +147,7 @@ QWidget* ScopesView::regionRow() {
 QWidget* ScopesView::opacityRow() {
   opacity_ = new controls::MiniSlider;
   opacity_->setAccessibleName(QStringLiteral("Overlay opacity"));
+  opacity_->wording = percentageText;
   opacity_->onChange = [this](double value) { state_.setOpacity(value); };
   percentage_ = new Label({}, smallDigits);
   percentage_->setFixedWidth(34);
@@ -257,7 +259,9 @@ void ScopesView::refresh() {
   legendView_->setMode(state_.mode());
   legendView_->setPalette(state_.palette());
   shortcut_->setText(shortcutText());
+  const bool failure = capture_.lastError() && error_->isHidden();
   error_->setError(capture_.lastError());
+  if (failure) scrolled_->bringIntoSight(*error_);
 }
 
 void ScopesView::keyPressEvent(QKeyEvent* event) {

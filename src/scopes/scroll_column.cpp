@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QScrollBar>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace velicor {
@@ -28,9 +29,27 @@ ScrollColumn::ScrollColumn(QWidget* parent) : QScrollArea(parent) {
   // Both would paint the style's ground.
   content->setAutoFillBackground(false);
   viewport()->setAutoFillBackground(false);
-  connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) { followFocus(now); });
+  connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+    if (now) wanted_.clear();
+    followFocus(now);
+  });
   // What has just grown is laid out later than the keyboard got there.
-  connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, [this] { followFocus(QApplication::focusWidget()); });
+  connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &ScrollColumn::followLayout);
+}
+
+void ScrollColumn::bringIntoSight(QWidget& part) {
+  wanted_ = &part;
+  QTimer::singleShot(0, this, &ScrollColumn::followLayout);
+}
+
+void ScrollColumn::followLayout() {
+  if (!wanted_) return followFocus(QApplication::focusWidget());
+  if (wanted_->isVisible()) ensureWidgetVisible(wanted_, 0, 0);
+}
+
+void ScrollColumn::wheelEvent(QWheelEvent* event) {
+  wanted_.clear();
+  QScrollArea::wheelEvent(event);
 }
 
 void ScrollColumn::followFocus(QWidget* focused) {
@@ -39,6 +58,7 @@ void ScrollColumn::followFocus(QWidget* focused) {
 
 bool ScrollColumn::scrollBy(int key) {
   QScrollBar* bar = verticalScrollBar();
+  wanted_.clear();
   switch (key) {
     case Qt::Key_PageUp:
       bar->triggerAction(QAbstractSlider::SliderPageStepSub);

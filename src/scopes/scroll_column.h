@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QScrollArea>
 
 class QVBoxLayout;
@@ -18,10 +19,19 @@ class ScrollColumn : public QScrollArea {
   // Whether the key was one that scrolls.
   bool scrollBy(int key);
 
+  // Scrolls to a part of the column once it is laid out, and keeps to it until the user scrolls or moves the
+  // keyboard.
+  void bringIntoSight(QWidget& part);
+
+ protected:
+  void wheelEvent(QWheelEvent* event) override;
+
  private:
   void followFocus(QWidget* focused);
+  void followLayout();
 
   QVBoxLayout* column_;
+  QPointer<QWidget> wanted_;
 };
 
 }  // namespace velicor

@@ -63,14 +63,20 @@ struct Plane {
     const double x = graticule::onPixels(painter, cx, gridWidth, w);
     const double y = graticule::onPixels(painter, cy, gridWidth, h);
     painter.setPen(QPen(grid, gridWidth, Qt::SolidLine, Qt::FlatCap));
-    painter.drawLine(QPointF(0, y), QPointF(w, y));
-    painter.drawLine(QPointF(x, 0), QPointF(x, h));
+    // One path: the lines don't blend twice where they cross.
+    QPainterPath cross(QPointF(0, y));
+    cross.lineTo(w, y);
+    cross.moveTo(x, 0);
+    cross.lineTo(x, h);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(cross);
   }
 
   void drawSkinLine() const {
     const double angle = color::skinLineDegrees * std::numbers::pi / 180;
     const QPointF end(cx + w * std::cos(angle) * 0.5, cy - h * std::sin(angle) * 0.5);
-    painter.setPen(QPen(look::faded(look::systemYellow, skinLineOpacity), skinLineWidth, Qt::SolidLine, Qt::FlatCap));
+    painter.setPen(
+        QPen(look::faded(look::systemYellow, skinLineOpacity), skinLineWidth, Qt::SolidLine, Qt::FlatCap));
     painter.drawLine(QPointF(cx, cy), end);
   }
 
@@ -101,7 +107,8 @@ void VectorscopeGraticule::draw(QPainter& painter, QSizeF canvas) const {
   plane.drawRings();
   plane.drawCrosshair();
   plane.drawSkinLine();
-  for (const Target& target : targets()) plane.drawTarget(target);
+  for (const Target& target : targets())
+    plane.drawTarget(target);
 }
 
 }  // namespace velicor

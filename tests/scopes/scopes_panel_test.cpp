@@ -63,8 +63,9 @@ class ScopesPanelTest : public test::AppStateFixture {
 
   // A view of the size that the panel has on a screen of that visible height.
   std::unique_ptr<ScopesView> viewFor(double visibleHeight) {
-    auto view = std::make_unique<ScopesView>(state(), state().capture, scopes_geometry::scopeWidth(visibleHeight),
-                                             scopes_geometry::legendHeight, *desktop);
+    auto view =
+        std::make_unique<ScopesView>(state(), state().capture, scopes_geometry::scopeWidth(visibleHeight),
+                                     scopes_geometry::legendHeight, *desktop);
     const DesktopRect frame = scopes_geometry::panelFrame({0, 0, 1440, visibleHeight});
     view->resize(static_cast<int>(frame.width), static_cast<int>(frame.height));
     view->show();
@@ -196,13 +197,15 @@ TEST_F(ScopesPanelTest, everyControlIsReachedByTheKeyboardHasANameAndComesIntoSi
   settle();
   QApplication::setActiveWindow(&window);
 
+  EXPECT_EQ(QApplication::focusWidget(), &controller.view()) << "no control before the user turns to one";
   press(Qt::Key_Tab);
   std::vector<QWidget*> visited;
   while (std::ranges::count(visited, QApplication::focusWidget()) == 0 && visited.size() < 50) {
     QWidget* focused = QApplication::focusWidget();
     ASSERT_NE(focused, nullptr);
     visited.push_back(focused);
-    EXPECT_FALSE(nameOf(*focused).isEmpty()) << focused->metaObject()->className() << " number " << visited.size();
+    EXPECT_FALSE(nameOf(*focused).isEmpty())
+        << focused->metaObject()->className() << " number " << visited.size();
     EXPECT_EQ(focused->visibleRegion().boundingRect(), focused->rect()) << nameOf(*focused).toStdString();
     // The colours come to light, and with them eight wells.
     if (nameOf(*focused).contains("CHANGE COLORS")) {
@@ -225,7 +228,8 @@ TEST_F(ScopesPanelTest, showsTheStateAndWritesToItOnly) {
   ScopesPanelController controller(state(), *desktop);
   ScopesView& view = controller.view();
   controller.panel().orderFront();
-  for (const auto& [opacity, text] : {std::pair(0.999, "99%"), std::pair(0.755, "75%"), std::pair(1.0, "100%")}) {
+  for (const auto& [opacity, text] :
+       {std::pair(0.999, "99%"), std::pair(0.755, "75%"), std::pair(1.0, "100%")}) {
     state().setOpacity(opacity);
     settle();
     EXPECT_NE(child<Label>(view, text), nullptr);
@@ -258,7 +262,8 @@ TEST_F(ScopesPanelTest, aFailingCaptureSaysSoUntilItWorksAgain) {
   state().loupeFrameChanged({100, 100, 40, 30});
   settle();
   ASSERT_TRUE(state().capture.lastError());
-  EXPECT_TRUE(button->isVisible());
+  EXPECT_TRUE(waitUntil([&] { return button->visibleRegion().boundingRect() == button->rect(); }))
+      << "in sight";
   EXPECT_NE(child<Label>(controller.view(), QString::fromStdString(*state().capture.lastError())), nullptr);
   service->access = true;
   state().loupeFrameChanged({100, 100, 40, 30});

@@ -2,7 +2,7 @@
 
 #include <QColor>
 
-// The interface's colours and type sizes. Paint code takes them from here only.
+// The interface's colours. Paint code takes them from here only.
 namespace velicor::look {
 
 inline constexpr QColor systemYellow(0xFF, 0xD6, 0x0A);
@@ -30,7 +30,11 @@ inline constexpr QColor secondaryText = white(0.64);
 inline constexpr QColor tertiaryText = white(0.54);
 inline constexpr QColor hairline = white(0.08);
 inline constexpr QColor controlTrack = white(0.16);
+inline constexpr QColor controlTrackLit = white(0.22);
+inline constexpr QColor controlTrackPressed = white(0.11);
 inline constexpr QColor controlKnob = white(1);
-inline constexpr QColor focusRing(0xFF, 0xD6, 0x0A, 153);
+inline constexpr QColor controlKnobPressed(0xD8, 0xD8, 0xD8);
+inline constexpr QColor controlKnobDisabled(0x80, 0x80, 0x80);
+inline constexpr QColor focusRing(accent.red(), accent.green(), accent.blue(), 153);
 
 }  // namespace velicor::look

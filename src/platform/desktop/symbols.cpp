@@ -186,7 +186,7 @@ void drawSlashedEye(const Canvas& canvas) {
   canvas.painter.drawPath(eye.united(pupil).subtracted(strokedLine(wider, across)).united(strokedLine(canvas, across)));
 }
 
-void drawXMark(const Canvas& canvas) {
+void drawCross(const Canvas& canvas) {
   const QPainterPath falling = strokedLine(canvas, QPolygonF({{2.6, 2.6}, {13.4, 13.4}}));
   canvas.painter.drawPath(falling.united(strokedLine(canvas, QPolygonF({{13.4, 2.6}, {2.6, 13.4}}))));
 }
@@ -212,13 +212,13 @@ constexpr std::array symbols{
     Symbol{"checkmark.seal.fill", drawSealWithCheckMark},
     Symbol{"chevron.right", drawChevronRight},
     Symbol{"circle.lefthalf.filled", drawHalfFilledCircle},
+    Symbol{"close", drawCross},
     Symbol{"exclamationmark.triangle", drawWarningTriangle},
     Symbol{"eye.slash", drawSlashedEye},
     Symbol{"gauge.with.dots.needle.33percent", drawGauge},
-    Symbol{"line.3.horizontal", drawThreeLines},
+    Symbol{"menu", drawThreeLines},
     Symbol{"sidebar.right", drawSidebarRight},
     Symbol{"viewfinder", drawViewfinder},
-    Symbol{"xmark", drawXMark},
 };
 
 const Symbol* find(std::string_view name) {
