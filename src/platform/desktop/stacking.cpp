@@ -51,10 +51,20 @@ Bounds boundsOf(const Stack& stack, std::size_t subject) {
   return bounds;
 }
 
+// Whether going down to that place would put the window below one that places itself.
+bool wouldBeHidden(const Stack& stack, std::size_t subject, std::size_t place) {
+  return std::any_of(stack.begin() + static_cast<std::ptrdiff_t>(place),
+                     stack.begin() + static_cast<std::ptrdiff_t>(subject), [&](const StackedWindow& window) {
+                       return !window.own && window.stackedBy == StackedBy::itself &&
+                              window.rect.intersects(stack[subject].rect);
+                     });
+}
+
 std::optional<RestackStep> stepFor(const Stack& stack, std::size_t subject) {
   const Bounds bounds = boundsOf(stack, subject);
   const bool tooLow = bounds.floor && subject < *bounds.floor;
-  const bool tooHigh = bounds.ceiling && subject > *bounds.ceiling;
+  const bool tooHigh =
+      bounds.ceiling && subject > *bounds.ceiling && !wouldBeHidden(stack, subject, *bounds.ceiling);
   if (!tooLow && !tooHigh) return std::nullopt;
   if (bounds.floor) return RestackStep{stack[subject].id, stack[*bounds.floor].id, true};
   return RestackStep{stack[subject].id, stack[*bounds.ceiling].id, false};

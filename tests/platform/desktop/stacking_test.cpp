@@ -51,6 +51,9 @@ TEST(Stacking, theLoupeStandsAboveOrdinaryWindowsAndBelowItsBetters) {
        {{loupe, 10, true}}},
       {"a foreign popup is not fought", {ordinary(10), bypassing(loupe, 3), popup(20)}, {}},
       {"nor climbed over", {bypassing(loupe, 3), ordinary(10), popup(20)}, {{loupe, 10, true}}},
+      {"nor slipped under to get below the scopes",
+       {ownManaged(scopes, 4), popup(20), bypassing(loupe, 3)},
+       {}},
       {"the levels of bypassing windows",
        {bypassing(hint, 5), bypassing(loupe, 3), ordinary(10)},
        {{loupe, 10, true}, {hint, loupe, true}}}};
