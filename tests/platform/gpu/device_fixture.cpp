@@ -39,7 +39,7 @@ KernelBundle testKernels() {
 }
 
 std::shared_ptr<CommandBuffer> Workbench::numberWork(CommandQueue& queue, const char* kernel,
-                                                      const std::shared_ptr<Buffer>& number) {
+                                                     const std::shared_ptr<Buffer>& number) {
   auto commands = queue.makeCommandBuffer();
   const auto encoder = commands->makeComputeEncoder();
   encoder->setPipeline(pipeline(kernel));

@@ -5,8 +5,8 @@
 
 #include <dlfcn.h>
 
-// What the leak checker is to leave alone: the validation layer keeps something of every device that it watched.
-// (That we leave no object of Vulkan's behind, the layer itself checks.)
+// What the leak checker is to leave alone: the validation layer keeps something of every device that it
+// watched. (That we leave no object of Vulkan's behind, the layer itself checks.)
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() { return "leak:libVkLayer_khronos_validation\n"; }
 

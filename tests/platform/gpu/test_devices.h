@@ -18,8 +18,8 @@ struct TestDevice {
   std::shared_ptr<Device> (*make)();
 };
 
-// Vulkan as far as this machine has it, down to drivers in software, with the validation layer on: a complaint
-// fails the test. Throws where the machine lacks either.
+// Vulkan as far as this machine has it, down to drivers in software, with the validation layer on: a
+// complaint fails the test. Throws where the machine lacks either.
 std::shared_ptr<Device> makeCheckedVulkanDevice(VulkanOptions options = {});
 
 inline std::vector<TestDevice> allDevices() {

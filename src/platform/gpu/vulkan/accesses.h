@@ -13,10 +13,9 @@ inline constexpr Access copyFromImage{VK_PIPELINE_STAGE_TRANSFER_BIT, VK_ACCESS_
                                       VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL};
 inline constexpr Access copyToImage{VK_PIPELINE_STAGE_TRANSFER_BIT, VK_ACCESS_TRANSFER_WRITE_BIT, true,
                                     VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL};
-inline constexpr Access draw{
-    VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT,
-    VK_ACCESS_COLOR_ATTACHMENT_READ_BIT | VK_ACCESS_COLOR_ATTACHMENT_WRITE_BIT, true,
-    VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL};
+inline constexpr Access draw{VK_PIPELINE_STAGE_COLOR_ATTACHMENT_OUTPUT_BIT,
+                             VK_ACCESS_COLOR_ATTACHMENT_READ_BIT | VK_ACCESS_COLOR_ATTACHMENT_WRITE_BIT, true,
+                             VK_IMAGE_LAYOUT_COLOR_ATTACHMENT_OPTIMAL};
 
 // A function may read or write any buffer that it is given.
 constexpr Access functionBuffer(VkPipelineStageFlags stage) {

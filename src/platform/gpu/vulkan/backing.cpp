@@ -31,10 +31,9 @@ vk::raii::Image makeImage(const DeviceContext& context, const TextureDescriptor&
   const auto height = static_cast<std::uint32_t>(descriptor.height);
   if (std::max(width, height) > context.limits().maxImageDimension2D)
     throw vk::OutOfDeviceMemoryError("an image larger than the device can have");
-  return {context.device(),
-          vk::ImageCreateInfo({}, vk::ImageType::e2D, formatOf(descriptor.pixelFormat), {width, height, 1}, 1,
-                              1, vk::SampleCountFlagBits::e1, vk::ImageTiling::eOptimal,
-                              imageUsage(descriptor))};
+  return {context.device(), vk::ImageCreateInfo({}, vk::ImageType::e2D, formatOf(descriptor.pixelFormat),
+                                                {width, height, 1}, 1, 1, vk::SampleCountFlagBits::e1,
+                                                vk::ImageTiling::eOptimal, imageUsage(descriptor))};
 }
 
 vk::raii::Buffer makeImportBuffer(const vk::raii::Device& device, std::size_t size) {
@@ -48,8 +47,7 @@ vk::raii::DeviceMemory importMemory(const DeviceContext& context, const HostMemo
                                     std::uint32_t allowedTypes) {
   constexpr auto handle = vk::ExternalMemoryHandleTypeFlagBits::eHostAllocationEXT;
   const auto pointer = context.device().getMemoryHostPointerPropertiesEXT(handle, host.bytes);
-  const auto types =
-      context.memory().typesFor(allowedTypes & pointer.memoryTypeBits, MemoryKind::deviceOnly);
+  const auto types = context.memory().typesFor(allowedTypes & pointer.memoryTypeBits, MemoryKind::deviceOnly);
   if (types.empty()) throw vk::InvalidExternalHandleError("no type of memory for main memory");
   const vk::DeviceSize unit = context.importAlignment();
   const vk::StructureChain chain(
@@ -65,10 +63,9 @@ vk::raii::ImageView makeView(const vk::raii::Device& device, vk::Image image, Pi
 
 vk::raii::Framebuffer makeFramebuffer(const DeviceContext& context, vk::ImageView view,
                                       const TextureDescriptor& descriptor) {
-  return {context.device(),
-          vk::FramebufferCreateInfo({}, context.renderPass(descriptor.pixelFormat), view,
-                                    static_cast<std::uint32_t>(descriptor.width),
-                                    static_cast<std::uint32_t>(descriptor.height), 1)};
+  return {context.device(), vk::FramebufferCreateInfo({}, context.renderPass(descriptor.pixelFormat), view,
+                                                      static_cast<std::uint32_t>(descriptor.width),
+                                                      static_cast<std::uint32_t>(descriptor.height), 1)};
 }
 
 }  // namespace

@@ -19,8 +19,9 @@ vk::DeviceSize importAlignmentOf(const vk::raii::PhysicalDevice& physical) {
     return std::strcmp(extension.extensionName, VK_EXT_EXTERNAL_MEMORY_HOST_EXTENSION_NAME) == 0;
   });
   if (!offered) return 0;
-  const auto chain = physical.getProperties2<vk::PhysicalDeviceProperties2,
-                                             vk::PhysicalDeviceExternalMemoryHostPropertiesEXT>();
+  const auto chain =
+      physical
+          .getProperties2<vk::PhysicalDeviceProperties2, vk::PhysicalDeviceExternalMemoryHostPropertiesEXT>();
   return chain.get<vk::PhysicalDeviceExternalMemoryHostPropertiesEXT>().minImportedHostPointerAlignment;
 }
 

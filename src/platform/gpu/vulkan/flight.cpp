@@ -14,8 +14,7 @@ constexpr std::uint32_t setsPerPool = 16;
 constexpr std::uint32_t maxTimestamps = 64;  // the passes beyond are not measured
 
 vk::raii::CommandBuffer makeCommands(const vk::raii::Device& device, const vk::raii::CommandPool& pool) {
-  return std::move(
-      vk::raii::CommandBuffers(device, {*pool, vk::CommandBufferLevel::ePrimary, 1}).front());
+  return std::move(vk::raii::CommandBuffers(device, {*pool, vk::CommandBufferLevel::ePrimary, 1}).front());
 }
 
 vk::raii::DescriptorPool makeSetPool(const vk::raii::Device& device) {
@@ -33,8 +32,7 @@ vk::raii::DescriptorPool makeSetPool(const vk::raii::Device& device) {
 
 Flight::Flight(ContextRef context, bool measures)
     : context_(std::move(context)),
-      commandPool_(context_->device(),
-                   {vk::CommandPoolCreateFlagBits::eTransient, context_->queueFamily()}),
+      commandPool_(context_->device(), {vk::CommandPoolCreateFlagBits::eTransient, context_->queueFamily()}),
       commands_(makeCommands(context_->device(), commandPool_)),
       done_(context_->device(), vk::FenceCreateInfo()),
       measures_(measures && context_->nanosecondsPerTick() > 0) {
@@ -66,8 +64,8 @@ vk::DescriptorBufferInfo Flight::put(std::span<const std::byte> bytes) {
     argumentBytes_ = 0;
   }
   if (argumentBuffer_ == arguments_.size()) {
-    arguments_.push_back(std::make_unique<BufferBacking>(context_, argumentBufferSize, MemoryKind::upload,
-                                                         "argument bytes"));
+    arguments_.push_back(
+        std::make_unique<BufferBacking>(context_, argumentBufferSize, MemoryKind::upload, "argument bytes"));
   }
   const BufferBacking& buffer = *arguments_[argumentBuffer_];
   std::memcpy(buffer.bytes() + argumentBytes_, bytes.data(), bytes.size());
@@ -110,11 +108,10 @@ void Flight::await() const {
 std::vector<PassTime> Flight::passTimes() const {
   std::vector<PassTime> times;
   if (passes_.empty()) return times;
-  const auto ticks =
-      clock_
-          .getResults<std::uint64_t>(0, timestamps_, timestamps_ * sizeof(std::uint64_t),
-                                     sizeof(std::uint64_t), vk::QueryResultFlagBits::e64)
-          .second;
+  const auto ticks = clock_
+                         .getResults<std::uint64_t>(0, timestamps_, timestamps_ * sizeof(std::uint64_t),
+                                                    sizeof(std::uint64_t), vk::QueryResultFlagBits::e64)
+                         .second;
   for (std::size_t i = 0; i < passes_.size(); ++i) {
     const auto nanoseconds = static_cast<double>(ticks[i + 1] - ticks[i]) * context_->nanosecondsPerTick();
     times.push_back({passes_[i], nanoseconds / 1000});

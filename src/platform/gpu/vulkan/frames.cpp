@@ -114,7 +114,8 @@ std::shared_ptr<BufferBacking> VulkanTextureCache::importOf(const ContextRef& co
   try {
     auto memory = std::make_shared<BufferBacking>(
         context, HostMemory{picture.bytes(), length, picture.mapping()}, "frame");
-    std::erase_if(imports_, [&](const Import& import) { return import.memory->mapping == picture.mapping(); });
+    std::erase_if(imports_,
+                  [&](const Import& import) { return import.memory->mapping == picture.mapping(); });
     imports_.push_back({picture.bytes(), memory});
     return memory;
   } catch (const vk::SystemError&) {

@@ -40,8 +40,8 @@ class Page {
 // Copies the first bytes and waits for it.
 void copyPixel(const DeviceContext& context, const BufferBacking& from, const BufferBacking& to) {
   const vk::raii::Device& device = context.device();
-  const vk::raii::CommandPool pool(
-      device, {vk::CommandPoolCreateFlagBits::eTransient, context.queueFamily()});
+  const vk::raii::CommandPool pool(device,
+                                   {vk::CommandPoolCreateFlagBits::eTransient, context.queueFamily()});
   const auto commands =
       std::move(vk::raii::CommandBuffers(device, {*pool, vk::CommandBufferLevel::ePrimary, 1}).front());
   commands.begin({vk::CommandBufferUsageFlagBits::eOneTimeSubmit});

@@ -54,9 +54,8 @@ vk::raii::Instance makeInstance(const vk::raii::Context& context, bool names,
 std::optional<std::uint32_t> queueFamilyOf(const vk::raii::PhysicalDevice& device) {
   constexpr auto needed = vk::QueueFlagBits::eGraphics | vk::QueueFlagBits::eCompute;
   const auto families = device.getQueueFamilyProperties();
-  const auto found = std::find_if(families.begin(), families.end(), [=](const auto& family) {
-    return (family.queueFlags & needed) == needed;
-  });
+  const auto found = std::find_if(families.begin(), families.end(),
+                                  [=](const auto& family) { return (family.queueFlags & needed) == needed; });
   if (found == families.end()) return std::nullopt;
   return static_cast<std::uint32_t>(found - families.begin());
 }
@@ -64,9 +63,10 @@ std::optional<std::uint32_t> queueFamilyOf(const vk::raii::PhysicalDevice& devic
 Traits traitsOf(const vk::raii::PhysicalDevice& device) {
   const vk::PhysicalDeviceProperties properties = device.getProperties();
   const vk::PhysicalDeviceLimits& limits = properties.limits;
-  const std::uint32_t threads = std::min({limits.maxComputeWorkGroupInvocations,
-                                          limits.maxComputeWorkGroupSize[0] * limits.maxComputeWorkGroupSize[0],
-                                          limits.maxComputeWorkGroupSize[1] * limits.maxComputeWorkGroupSize[1]});
+  const std::uint32_t threads =
+      std::min({limits.maxComputeWorkGroupInvocations,
+                limits.maxComputeWorkGroupSize[0] * limits.maxComputeWorkGroupSize[0],
+                limits.maxComputeWorkGroupSize[1] * limits.maxComputeWorkGroupSize[1]});
   return {static_cast<VkPhysicalDeviceType>(properties.deviceType), properties.apiVersion,
           queueFamilyOf(device), threads,
           std::min(limits.maxImageDimension2D,

@@ -9,11 +9,16 @@ constexpr std::uint32_t neededTextureSide = 8192;  // the largest screens there 
 
 std::optional<int> rankOf(VkPhysicalDeviceType type, bool softwareToo) {
   switch (type) {
-    case VK_PHYSICAL_DEVICE_TYPE_DISCRETE_GPU: return 0;
-    case VK_PHYSICAL_DEVICE_TYPE_INTEGRATED_GPU: return 1;
-    case VK_PHYSICAL_DEVICE_TYPE_VIRTUAL_GPU: return 2;
-    case VK_PHYSICAL_DEVICE_TYPE_CPU: return softwareToo ? std::optional(3) : std::nullopt;
-    default: return std::nullopt;
+    case VK_PHYSICAL_DEVICE_TYPE_DISCRETE_GPU:
+      return 0;
+    case VK_PHYSICAL_DEVICE_TYPE_INTEGRATED_GPU:
+      return 1;
+    case VK_PHYSICAL_DEVICE_TYPE_VIRTUAL_GPU:
+      return 2;
+    case VK_PHYSICAL_DEVICE_TYPE_CPU:
+      return softwareToo ? std::optional(3) : std::nullopt;
+    default:
+      return std::nullopt;
   }
 }
 

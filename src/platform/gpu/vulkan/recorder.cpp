@@ -40,8 +40,12 @@ vk::Extent3D extentOf(const Extent& size) {
 vk::BufferImageCopy rowsCopy(const VulkanTexture& texture, const Region& rows, const Origin& imageOrigin) {
   const vk::DeviceSize offset = texture.bytesPerRow() * static_cast<std::size_t>(rows.origin.y) +
                                 bytesPerPixel * static_cast<std::size_t>(rows.origin.x);
-  return {offset, static_cast<std::uint32_t>(texture.bytesPerRow() / bytesPerPixel), 0, colorLayer,
-          offsetOf(imageOrigin), extentOf(rows.size)};
+  return {offset,
+          static_cast<std::uint32_t>(texture.bytesPerRow() / bytesPerPixel),
+          0,
+          colorLayer,
+          offsetOf(imageOrigin),
+          extentOf(rows.size)};
 }
 
 // The nearest value that a channel can hold, so that every device clears to the same one.
@@ -98,9 +102,8 @@ void Recorder::run(const TextureCopy& copy) {
 void Recorder::copyFromRows(VulkanTexture& source, const TextureCopy& copy, const ImageBacking& destination) {
   BufferBacking& rows = source.rows(context_);
   touch(rows, accesses::copyFromBuffer);
-  commands().copyBufferToImage(
-      *rows.buffer, *destination.image, vk::ImageLayout::eTransferDstOptimal,
-      rowsCopy(source, {copy.sourceOrigin, copy.size}, copy.destinationOrigin));
+  commands().copyBufferToImage(*rows.buffer, *destination.image, vk::ImageLayout::eTransferDstOptimal,
+                               rowsCopy(source, {copy.sourceOrigin, copy.size}, copy.destinationOrigin));
 }
 
 void Recorder::run(const BufferFill& fill) {
@@ -112,8 +115,8 @@ void Recorder::run(const BufferFill& fill) {
 // Whole words are filled, the bytes before and behind them copied.
 void Recorder::fillWords(const BufferBacking& buffer, const BufferFill& fill) {
   constexpr std::size_t word = 4;
-  const std::array<std::byte, word> value{std::byte{fill.value}, std::byte{fill.value},
-                                          std::byte{fill.value}, std::byte{fill.value}};
+  const std::array<std::byte, word> value{std::byte{fill.value}, std::byte{fill.value}, std::byte{fill.value},
+                                          std::byte{fill.value}};
   const std::size_t end = fill.offset + fill.length;
   const std::size_t firstWord = std::min((fill.offset + word - 1) / word * word, end);
   const std::size_t endWord = std::max(end / word * word, firstWord);
@@ -150,21 +153,19 @@ void Recorder::run(const Dispatch& dispatch) {
 }
 
 void Recorder::run(const RenderPass& pass) {
-  std::vector<PreparedDraw> draws;
-  draws.reserve(pass.draws.size());
+  draws_.clear();
   for (const Draw& draw : pass.draws) {
     VulkanRenderPipeline& pipeline = ours(*draw.pipeline);
     const vk::Pipeline ready = pipeline.pipeline(context_);
     bind(pipeline.vertexFacts(), draw.vertex, VK_PIPELINE_STAGE_VERTEX_SHADER_BIT);
     bind(pipeline.fragmentFacts(), draw.fragment, VK_PIPELINE_STAGE_FRAGMENT_SHADER_BIT);
-    draws.push_back({ready, descriptorSet(), static_cast<std::uint32_t>(draw.vertexStart),
-                     static_cast<std::uint32_t>(draw.vertexCount)});
+    draws_.push_back({ready, descriptorSet(), static_cast<std::uint32_t>(draw.vertexStart),
+                      static_cast<std::uint32_t>(draw.vertexCount)});
   }
-  drawAll(pass, use(ours(*pass.target), accesses::draw, true), draws);
+  drawAll(pass, use(ours(*pass.target), accesses::draw, true));
 }
 
-void Recorder::drawAll(const RenderPass& pass, const ImageBacking& target,
-                       const std::vector<PreparedDraw>& draws) {
+void Recorder::drawAll(const RenderPass& pass, const ImageBacking& target) {
   const vk::raii::CommandBuffer& to = commands();
   const auto& [red, green, blue, alpha] = pass.clearColor;
   const vk::ClearValue clear(
@@ -176,7 +177,7 @@ void Recorder::drawAll(const RenderPass& pass, const ImageBacking& target,
   to.beginRenderPass(begin, vk::SubpassContents::eInline);
   to.setViewport(0, upright(size));
   to.setScissor(0, vk::Rect2D({}, size));
-  for (const PreparedDraw& draw : draws) {
+  for (const PreparedDraw& draw : draws_) {
     to.bindPipeline(vk::PipelineBindPoint::eGraphics, draw.pipeline);
     to.bindDescriptorSets(vk::PipelineBindPoint::eGraphics, context_->pipelineLayout(), 0, draw.arguments,
                           {});

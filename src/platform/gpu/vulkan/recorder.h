@@ -37,7 +37,7 @@ class Recorder {
   void run(const RenderPass& pass);
   void fillWords(const BufferBacking& buffer, const BufferFill& fill);
   void copyFromRows(VulkanTexture& source, const TextureCopy& copy, const ImageBacking& destination);
-  void drawAll(const RenderPass& pass, const ImageBacking& target, const std::vector<PreparedDraw>& draws);
+  void drawAll(const RenderPass& pass, const ImageBacking& target);  // draws_
   void readBack(const Submission& submission);
 
   // Arguments of functions. bind() only lists them; descriptorSet() takes the list.
@@ -66,6 +66,7 @@ class Recorder {
   Flight* flight_ = nullptr;
   ContextRef context_;
   std::vector<VulkanTexture*> writtenWithRows_;
+  std::vector<PreparedDraw> draws_;
 
   VkPipelineStageFlags sourceStages_ = 0;
   VkPipelineStageFlags destinationStages_ = 0;

@@ -37,13 +37,12 @@ void Recorder::bindTexture(std::uint32_t binding, const std::shared_ptr<Texture>
       stores ? accesses::storeToImage(stage) : accesses::readImage(stage, isStoredTo(*texture));
   const ImageBacking& image = use(static_cast<VulkanTexture&>(*texture), access);
   boundImages_[binding] = {{}, *image.view, static_cast<vk::ImageLayout>(access.layout)};
-  bound_.push_back(
-      {{},
-       binding,
-       0,
-       1,
-       stores ? vk::DescriptorType::eStorageImage : vk::DescriptorType::eCombinedImageSampler,
-       &boundImages_[binding]});
+  bound_.push_back({{},
+                    binding,
+                    0,
+                    1,
+                    stores ? vk::DescriptorType::eStorageImage : vk::DescriptorType::eCombinedImageSampler,
+                    &boundImages_[binding]});
 }
 
 void Recorder::bindBuffer(std::uint32_t binding, const decltype(Bindings::buffers)::value_type& buffer,
@@ -58,8 +57,7 @@ void Recorder::bindBuffer(std::uint32_t binding, const decltype(Bindings::buffer
     require(bytes != nullptr, "a kernel reads a buffer that is too short or not bound");
     boundBuffers_[binding] = flight_->put(*bytes);
   }
-  bound_.push_back(
-      {{}, binding, 0, 1, vk::DescriptorType::eStorageBuffer, nullptr, &boundBuffers_[binding]});
+  bound_.push_back({{}, binding, 0, 1, vk::DescriptorType::eStorageBuffer, nullptr, &boundBuffers_[binding]});
 }
 
 vk::DescriptorSet Recorder::descriptorSet() {
@@ -81,8 +79,8 @@ ImageBacking& Recorder::use(VulkanTexture& texture, const Access& access, bool o
     blank(image);
   }
   touch(image, access);
-  const bool isNoted = std::find(writtenWithRows_.begin(), writtenWithRows_.end(), &texture) !=
-                       writtenWithRows_.end();
+  const bool isNoted =
+      std::find(writtenWithRows_.begin(), writtenWithRows_.end(), &texture) != writtenWithRows_.end();
   if (access.writes && texture.storageMode() == StorageMode::shared && !isNoted)
     writtenWithRows_.push_back(&texture);
   return image;
@@ -95,9 +93,9 @@ void Recorder::upload(VulkanTexture& texture, ImageBacking& image) {
   const Extent size = texture.size();
   commands().copyBufferToImage(
       *rows.buffer, *image.image, vk::ImageLayout::eTransferDstOptimal,
-      vk::BufferImageCopy(0, static_cast<std::uint32_t>(texture.bytesPerRow() / bytesPerPixel), 0, colorLayer,
-                          {},
-                          {static_cast<std::uint32_t>(size.width), static_cast<std::uint32_t>(size.height), 1}));
+      vk::BufferImageCopy(
+          0, static_cast<std::uint32_t>(texture.bytesPerRow() / bytesPerPixel), 0, colorLayer, {},
+          {static_cast<std::uint32_t>(size.width), static_cast<std::uint32_t>(size.height), 1}));
   setRowsAreNewer(texture, false);
 }
 
@@ -106,10 +104,10 @@ void Recorder::download(VulkanTexture& texture) {
   BufferBacking& rows = texture.rows(context_);
   touch(rows, accesses::copyToBuffer);
   const Extent size = texture.size();
-  commands().copyImageToBuffer(
-      *image.image, vk::ImageLayout::eTransferSrcOptimal, *rows.buffer,
-      vk::BufferImageCopy(0, 0, 0, colorLayer, {},
-                          {static_cast<std::uint32_t>(size.width), static_cast<std::uint32_t>(size.height), 1}));
+  commands().copyImageToBuffer(*image.image, vk::ImageLayout::eTransferSrcOptimal, *rows.buffer,
+                               vk::BufferImageCopy(0, 0, 0, colorLayer, {},
+                                                   {static_cast<std::uint32_t>(size.width),
+                                                    static_cast<std::uint32_t>(size.height), 1}));
 }
 
 void Recorder::blank(ImageBacking& image) {

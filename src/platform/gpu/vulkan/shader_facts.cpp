@@ -18,10 +18,14 @@ constexpr std::uint32_t decorationBinding = 33;
 
 std::optional<ShaderFacts::Stage> stageOf(std::uint32_t executionModel) {
   switch (executionModel) {
-    case 0: return ShaderFacts::Stage::vertex;
-    case 4: return ShaderFacts::Stage::fragment;
-    case 5: return ShaderFacts::Stage::compute;
-    default: return std::nullopt;
+    case 0:
+      return ShaderFacts::Stage::vertex;
+    case 4:
+      return ShaderFacts::Stage::fragment;
+    case 5:
+      return ShaderFacts::Stage::compute;
+    default:
+      return std::nullopt;
   }
 }
 

@@ -6,7 +6,8 @@
 // module uses is read from its SPIR-V, so that a shader declares just what it needs.
 //
 //   texture i, only read        binding i        sampler2D; nearest, edges held. texelFetch gives the texels
-//   texture i, written          binding 8 + i    image2D, rgba8, compute only. Textures in RGBA order; those in
+//   texture i, written          binding 8 + i    image2D, rgba8, compute only. Textures in RGBA order; those
+//   in
 //                                                BGRA order are read or rendered to, never stored to
 //   buffer i or bytes i of a    binding 16 + i   std430 buffer
 //   compute or fragment shader

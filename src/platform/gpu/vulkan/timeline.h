@@ -8,10 +8,10 @@
 
 namespace velicor::gpu::vulkan {
 
-// The device's two threads. One records submissions in the order they came and hands them to the device, up to
-// a few ahead; the other waits for them in the same order and calls their `finished`. A device that was lost
-// is rebuilt by the first, once the second has reported all that was under way as failed. Where that can't be
-// done, what comes in fails too.
+// The device's two threads. One records submissions in the order they came and hands them to the device, up
+// to a few ahead; the other waits for them in the same order and calls their `finished`. A device that was
+// lost is rebuilt by the first, once the second has reported all that was under way as failed. Where that
+// can't be done, what comes in fails too.
 class Timeline {
  public:
   // Throws std::system_error where no thread can be had.

@@ -12,8 +12,8 @@ constexpr GridSize usualThreads{16, 16, 1};
 
 vk::raii::ShaderModule makeModule(const DeviceContext& context, std::span<const std::uint32_t> spirv,
                                   const std::string& name) {
-  vk::raii::ShaderModule module(
-      context.device(), vk::ShaderModuleCreateInfo({}, spirv.size_bytes(), spirv.data()));
+  vk::raii::ShaderModule module(context.device(),
+                                vk::ShaderModuleCreateInfo({}, spirv.size_bytes(), spirv.data()));
   context.setName(*module, name);
   return module;
 }
@@ -48,10 +48,9 @@ vk::raii::Pipeline makeRenderPipeline(const DeviceContext& context, const vk::ra
   const vk::PipelineVertexInputStateCreateInfo noVertices;
   const vk::PipelineInputAssemblyStateCreateInfo triangles({}, vk::PrimitiveTopology::eTriangleList);
   const vk::PipelineViewportStateCreateInfo oneViewport({}, 1, nullptr, 1, nullptr);
-  const vk::PipelineRasterizationStateCreateInfo filled({}, VK_FALSE, VK_FALSE, vk::PolygonMode::eFill,
-                                                        vk::CullModeFlagBits::eNone,
-                                                        vk::FrontFace::eCounterClockwise, VK_FALSE, 0, 0, 0,
-                                                        1);
+  const vk::PipelineRasterizationStateCreateInfo filled(
+      {}, VK_FALSE, VK_FALSE, vk::PolygonMode::eFill, vk::CullModeFlagBits::eNone,
+      vk::FrontFace::eCounterClockwise, VK_FALSE, 0, 0, 0, 1);
   const vk::PipelineMultisampleStateCreateInfo oneSample;
   vk::PipelineColorBlendAttachmentState replace;
   replace.colorWriteMask = vk::FlagTraits<vk::ColorComponentFlagBits>::allFlags;

@@ -32,8 +32,8 @@ std::unique_ptr<ImageBacking> makeImage(const Texture& texture, const ContextRef
 
 std::shared_ptr<BufferBacking> makeRows(const Texture& texture, const ContextRef& context) {
   const std::size_t size = rowLength(texture.width()) * static_cast<std::size_t>(texture.height());
-  auto rows = std::make_shared<BufferBacking>(context, size, MemoryKind::readBack,
-                                              "rows of " + nameOf(texture));
+  auto rows =
+      std::make_shared<BufferBacking>(context, size, MemoryKind::readBack, "rows of " + nameOf(texture));
   // Memory comes back from other resources; nothing of theirs may show.
   std::memset(rows->bytes(), 0, size);
   return rows;
@@ -44,8 +44,7 @@ std::shared_ptr<BufferBacking> makeRows(const Texture& texture, const ContextRef
 VulkanBuffer::VulkanBuffer(std::shared_ptr<Device> device, const ContextRef& context, std::size_t length,
                            StorageMode storageMode)
     : Buffer(std::move(device), length, storageMode) {
-  backings_.push_back(
-      std::make_unique<BufferBacking>(context, length, kindOf(storageMode), nameOf(*this)));
+  backings_.push_back(std::make_unique<BufferBacking>(context, length, kindOf(storageMode), nameOf(*this)));
 }
 
 BufferBacking& VulkanBuffer::backing(const ContextRef& context) {

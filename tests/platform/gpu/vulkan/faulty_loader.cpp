@@ -22,6 +22,7 @@ struct {
   PFN_vkQueueSubmit submit;
   PFN_vkWaitForFences wait;
   PFN_vkAllocateMemory allocate;
+  PFN_vkCmdPipelineBarrier barrier;
 } real;
 
 bool take(std::atomic<int>& failures) {
@@ -56,7 +57,8 @@ VkResult submit(VkQueue queue, std::uint32_t count, const VkSubmitInfo* submits,
   return real.submit(queue, count, submits, fence);
 }
 
-VkResult wait(VkDevice device, std::uint32_t count, const VkFence* fences, VkBool32 all, std::uint64_t limit) {
+VkResult wait(VkDevice device, std::uint32_t count, const VkFence* fences, VkBool32 all,
+              std::uint64_t limit) {
   const VkResult result = real.wait(device, count, fences, all, limit);
   return take(present->lostWaits) ? VK_ERROR_DEVICE_LOST : result;
 }
@@ -70,6 +72,14 @@ VkResult allocate(VkDevice device, const VkMemoryAllocateInfo* info, const VkAll
       info->allocationSize > 4096)
     ++present->imports;
   return real.allocate(device, info, allocator, memory);
+}
+
+void barrier(VkCommandBuffer commands, VkPipelineStageFlags before, VkPipelineStageFlags after,
+             VkDependencyFlags flags, std::uint32_t memoryCount, const VkMemoryBarrier* memory,
+             std::uint32_t bufferCount, const VkBufferMemoryBarrier* buffers, std::uint32_t imageCount,
+             const VkImageMemoryBarrier* images) {
+  if (present->dropsBarriers) return;
+  real.barrier(commands, before, after, flags, memoryCount, memory, bufferCount, buffers, imageCount, images);
 }
 
 PFN_vkVoidFunction deviceFunction(VkDevice device, const char* name);
@@ -87,7 +97,8 @@ PFN_vkVoidFunction replaced(const char* name, PFN_vkVoidFunction function) {
         replace("vkEnumeratePhysicalDevices", real.enumerate, &enumerate),
         replace("vkGetPhysicalDeviceProperties", real.properties, &properties),
         replace("vkQueueSubmit", real.submit, &submit), replace("vkWaitForFences", real.wait, &wait),
-        replace("vkAllocateMemory", real.allocate, &allocate)}) {
+        replace("vkAllocateMemory", real.allocate, &allocate),
+        replace("vkCmdPipelineBarrier", real.barrier, &barrier)}) {
     if (found) return found;
   }
   return function;

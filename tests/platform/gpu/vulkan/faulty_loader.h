@@ -27,6 +27,9 @@ class FaultyLoader {
   // Every driver is there twice.
   std::atomic<bool> doubles{false};
 
+  // Commands don't wait for each other.
+  std::atomic<bool> dropsBarriers{false};
+
   std::atomic<int> allocations{0};
   std::atomic<int> imports{0};  // without the device's own trial
 };

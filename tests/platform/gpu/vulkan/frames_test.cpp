@@ -62,8 +62,8 @@ TEST(VulkanFrames, BothWaysGiveTheSamePictureAndAllocateOnce) {
     const auto pixels = copying.shown(frame);
     EXPECT_EQ(pixels, importing.shown(frame));
     EXPECT_EQ(0, std::memcmp(pixels.data(), mapping.get(), 4 * width));
-    EXPECT_EQ(0, std::memcmp(pixels.data() + pixels.size() - 4 * width,
-                             mapping.get() + length - bytesPerRow, 4 * width));
+    EXPECT_EQ(0, std::memcmp(pixels.data() + pixels.size() - 4 * width, mapping.get() + length - bytesPerRow,
+                             4 * width));
     const int allocations = loader.allocations;
     if (seed == 1) continue;
     copying.shown(frame);

@@ -96,8 +96,7 @@ TEST_F(VulkanLossTest, WhatThereIsNoMemoryForIsNothingAndTheRestGoesOn) {
   EXPECT_EQ(numberIn(*number_), 2U);
 
   // In the middle of a submission: it fails as a whole, the next is right again.
-  auto wrapped =
-      device_->makeTextureCache()->texture(frame, PixelFormat::bgra8Unorm, 700, 500);
+  auto wrapped = device_->makeTextureCache()->texture(frame, PixelFormat::bgra8Unorm, 700, 500);
   const auto target = texture(700, 500, StorageMode::deviceOnly, PixelFormat::rgba8Unorm);
   const auto add = [&] {
     const auto commands = queue_->makeCommandBuffer();

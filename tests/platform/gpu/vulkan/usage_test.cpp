@@ -3,6 +3,7 @@
 
 #include "platform/gpu/device_fixture.h"
 #include "platform/gpu/vulkan/accesses.h"
+#include "platform/gpu/vulkan/faulty_loader.h"
 
 namespace velicor::gpu::test {
 namespace {
@@ -44,13 +45,40 @@ TEST(VulkanUsage, AReadFromElsewhereWaitsForAChangeOfLayout) {
   EXPECT_EQ(moves->stages, compute | fragment);
 }
 
+// What keeps the tests honest about barriers.
+TEST(VulkanUsage, AMissingBarrierIsComplainedAbout) {
+  FaultyLoader loader;
+  const auto complaints = std::make_shared<std::atomic<int>>(0);
+  VulkanOptions options;
+  options.softwareToo = true;
+  options.entryPoint = loader.entryPoint();
+  options.onComplaint = [complaints](std::string_view text) {
+    *complaints += text.find("SYNC-HAZARD") != text.npos;
+  };
+  for (const bool drops : {false, true}) {
+    loader.dropsBarriers = drops;
+    const auto device = makeVulkanDevice(options);
+    const auto buffer = device->makeBuffer(64, StorageMode::deviceOnly);
+    const auto commands = device->makeCommandQueue()->makeCommandBuffer();
+    const auto blit = commands->makeBlitEncoder();
+    blit->fill({buffer, 0, 64, 1});
+    blit->fill({buffer, 0, 64, 2});
+    blit->endEncoding();
+    commands->commit();
+    commands->waitUntilCompleted();
+    EXPECT_EQ(*complaints, drops ? 1 : 0);
+  }
+}
+
 class PassTimes : public testing::Test, protected Workbench {
  protected:
   PassTimes() : Workbench(makeCheckedVulkanDevice(options())) {}
 
   VulkanOptions options() {
     VulkanOptions options;
-    options.onPassTimes = [this](std::span<const PassTime> times) { measured.assign(times.begin(), times.end()); };
+    options.onPassTimes = [this](std::span<const PassTime> times) {
+      measured.assign(times.begin(), times.end());
+    };
     return options;
   }
 
