@@ -35,6 +35,6 @@ inline constexpr QColor controlTrackPressed = white(0.11);
 inline constexpr QColor controlKnob = white(1);
 inline constexpr QColor controlKnobPressed(0xD8, 0xD8, 0xD8);
 inline constexpr QColor controlKnobDisabled(0x80, 0x80, 0x80);
-inline constexpr QColor focusRing(accent.red(), accent.green(), accent.blue(), 153);
+inline constexpr QColor focusRing(0xFF, 0xD6, 0x0A, 153);  // the accent
 
 }  // namespace velicor::look
