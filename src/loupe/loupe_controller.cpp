@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <QApplication>
+
 #include "analysis/notification_names.h"
 #include "loupe/captured_frame_layer.h"
 #include "loupe/loupe_container.h"
@@ -180,6 +182,8 @@ void LoupeController::reportFrame() {
 }
 
 void LoupeController::updateMousePassthrough() {
+  // An open menu has the mouse, and would close when the keyboard moves.
+  if (QApplication::activePopupWidget()) return;
   const DesktopPoint mouse = desktop_.pointer().position();
   const bool takes = loupe_geometry::takesMouse(mouse, panel_->frame(), frameView_->isLocked,
                                                 frameView_->isScreenPointOverPanelChip(mouse));
