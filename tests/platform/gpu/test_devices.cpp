@@ -10,6 +10,14 @@
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() { return "leak:libVkLayer_khronos_validation\n"; }
 
+// What the thread checker is to leave alone: the layer and the driver in software were built without it, so
+// that it does not see what orders their threads.
+extern "C" const char* __tsan_default_suppressions();
+extern "C" const char* __tsan_default_suppressions() {
+  return "race:libVkLayer_khronos_validation\nmutex:libVkLayer_khronos_validation\n"
+         "race:libvulkan_lvp\nmutex:libvulkan_lvp\n";
+}
+
 namespace velicor::gpu::test {
 
 namespace {
