@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include <QPainter>
+#include <QPainterPath>
 
 #include "analysis/kernels/color_constants.h"
 #include "platform/desktop/look.h"
