@@ -26,8 +26,8 @@ class Recorder {
   struct PreparedDraw {
     vk::Pipeline pipeline;
     vk::DescriptorSet arguments;
-    std::uint32_t start;
-    std::uint32_t count;
+    std::uint32_t start = 0;
+    std::uint32_t count = 0;
   };
 
   void run(const TextureCopy& copy);
