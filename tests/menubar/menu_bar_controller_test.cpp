@@ -40,7 +40,7 @@ class MenuBarControllerTest : public test::AppStateFixture {
   bool isOnScreen() { return loupe->panel().isVisible() && scopes.panel().isVisible(); }
   ActivationPolicy policy() { return desktop->activation().policy(); }
   const desktop::MenuItem& item(std::size_t index) { return controller.menu().at(index); }
-  int checkedMode() { return item(4).checked.value() ? 0 : item(5).checked.value() ? 1 : item(6).checked.value() ? 2 : -1; }
+  int checkedMode() { return item(3).checked.value() ? 0 : item(4).checked.value() ? 1 : item(5).checked.value() ? 2 : -1; }
 
   // Open files, threads, windows and all else that the server keeps for the desktop's connection.
   std::vector<std::size_t> resources() {
@@ -81,7 +81,7 @@ TEST_F(MenuBarControllerTest, hidesEverythingAndALittleLaterItsPlaceInTheTaskbar
   EXPECT_FALSE(scopes.panel().isVisible());
   EXPECT_EQ(loupe->hintPanel(), nullptr);
   EXPECT_EQ(item(0).title, "Show Velicor");
-  EXPECT_FALSE(item(4).enabled || item(5).enabled || item(6).enabled);
+  EXPECT_FALSE(item(3).enabled || item(4).enabled || item(5).enabled);
   clock.advance(599ms);
   EXPECT_THAT(service->takeJournal(), Contains("stop"));
   EXPECT_EQ(policy(), ActivationPolicy::regular);
@@ -122,7 +122,7 @@ TEST_F(MenuBarControllerTest, aScopesPanelThatTheUserHasHiddenStaysSo) {
 }
 
 TEST_F(MenuBarControllerTest, theMenuShowsModeAndShortcutAsTheyAre) {
-  item(6).action();
+  item(5).action();
   EXPECT_EQ(state().mode(), MetalProcessor::Mode::exposure);
   EXPECT_EQ(checkedMode(), 2);
   controller.pickMode(3);

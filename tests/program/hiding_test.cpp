@@ -6,6 +6,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include "platform/tray/bus_object.h"
@@ -19,6 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr QColor ground(0x99, 0x99, 0x99);
+constexpr int tolerance = 10;  // the line over whatever the root window is captured as
 
 // How often the process's threads have been given the processor.
 long contextSwitches(qint64 process) {
@@ -34,13 +36,13 @@ long contextSwitches(qint64 process) {
 
 class HidingTest : public testing::Test {
  protected:
-  HidingTest() { stage_.painter().showColour({0, 0, 1280, 800}, 0x999999); }
+  HidingTest() { stage_.painter().setColour(stage_.painter().root(), 0x999999); }
 
-  testing::AssertionResult isShown() { return stage_.shows(onFrameLine(loupeAtStart), frameYellow, frameTolerance); }
+  testing::AssertionResult isShown() { return stage_.shows(onFrameLine(loupeAtStart), frameYellow, tolerance); }
   testing::AssertionResult isHidden() { return stage_.shows(onFrameLine(loupeAtStart), ground); }
   void strikeShortcut() { stage_.mouse().strike({key::control, key::alt, key::super, key::s}); }
 
-  Stage stage_{Surroundings::windowManagerAndCompositor};
+  Stage stage_{Surroundings::windowManager};
 };
 
 TEST_F(HidingTest, HiddenItCostsNothingAndTheShortcutBringsItBack) {
@@ -49,7 +51,6 @@ TEST_F(HidingTest, HiddenItCostsNothingAndTheShortcutBringsItBack) {
   ASSERT_TRUE(velicor.waitForLog("no status area")) << velicor.log();
   strikeShortcut();
   ASSERT_TRUE(isHidden()) << velicor.log();
-  ASSERT_TRUE(velicor.waitForLog("capture stopped")) << velicor.log();
   waitUntil([] { return false; }, 1500ms);
   const long before = contextSwitches(velicor.processID());
   waitUntil([] { return false; }, 6s);
@@ -147,7 +148,7 @@ class StatusAreaTest : public HidingTest {
  protected:
   StatusAreaTest() {
     tray::registerBusTypes();
-    waitUntil([this] { return connection().isConnected(); });
+    waitUntil([this] { return QFile::exists(folder_.filePath("bus")); });
   }
   ~StatusAreaTest() override { QDBusConnection::disconnectFromBus("panel"); }
 
@@ -174,8 +175,8 @@ TEST_F(StatusAreaTest, TheIconComesWithAStatusAreaThatStartsLaterAndAgain) {
     const auto menu = area.menu();
     ASSERT_GE(menu.size(), 7);
     EXPECT_EQ(menu[0].properties["label"], "Hide to Menu Bar");
-    EXPECT_EQ(menu[3].properties["type"], "separator");
-    EXPECT_EQ(menu[5].properties["toggle-state"], 1);
+    EXPECT_EQ(menu[2].properties["type"], "separator");
+    EXPECT_EQ(menu[4].properties["toggle-state"], 1);
     area.choose(menu[0].id);
     EXPECT_TRUE(isHidden());
     area.choose(menu[0].id);  // as it was before: nothing
