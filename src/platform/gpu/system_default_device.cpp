@@ -6,12 +6,19 @@ namespace velicor::gpu {
 
 namespace {
 
+VulkanProbe& probe() {
+  static VulkanProbe instance;
+  return instance;
+}
+
 std::shared_ptr<Device> makeBestDevice() {
-  std::shared_ptr<Device> device = isVulkanWorthLoading() ? makeVulkanDevice() : nullptr;
+  std::shared_ptr<Device> device = probe().isWorthLoading() ? makeVulkanDevice() : nullptr;
   return device ? device : makeNativeDevice();
 }
 
 }  // namespace
+
+void findGraphicsProcessors() { probe(); }
 
 std::shared_ptr<Device> systemDefaultDevice() {
   // Never destroyed: work may be under way when the process ends.

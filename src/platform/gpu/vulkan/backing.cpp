@@ -44,15 +44,18 @@ vk::raii::Buffer makeImportBuffer(const vk::raii::Device& device, std::size_t si
 }
 
 vk::raii::DeviceMemory importMemory(const DeviceContext& context, const HostMemory& host,
-                                    std::uint32_t allowedTypes) {
+                                    const vk::MemoryRequirements& requirements) {
   constexpr auto handle = vk::ExternalMemoryHandleTypeFlagBits::eHostAllocationEXT;
   const auto pointer = context.device().getMemoryHostPointerPropertiesEXT(handle, host.bytes);
-  const auto types = context.memory().typesFor(allowedTypes & pointer.memoryTypeBits, MemoryKind::deviceOnly);
-  if (types.empty()) throw vk::InvalidExternalHandleError("no type of memory for main memory");
+  // Coherent ones: nobody flushes what the main processor writes there.
+  const auto types = context.memory().typesFor(requirements.memoryTypeBits & pointer.memoryTypeBits,
+                                               MemoryKind::readBack);
   const vk::DeviceSize unit = context.importAlignment();
-  const vk::StructureChain chain(
-      vk::MemoryAllocateInfo((host.length + unit - 1) / unit * unit, types.front()),
-      vk::ImportMemoryHostPointerInfoEXT(handle, host.bytes));
+  const vk::DeviceSize length = (host.length + unit - 1) / unit * unit;
+  if (types.empty() || requirements.size > length)
+    throw vk::InvalidExternalHandleError("no type of memory for main memory");
+  const vk::StructureChain chain(vk::MemoryAllocateInfo(length, types.front()),
+                                 vk::ImportMemoryHostPointerInfoEXT(handle, host.bytes));
   return {context.device(), chain.get()};
 }
 
@@ -83,7 +86,7 @@ BufferBacking::BufferBacking(ContextRef deviceContext, HostMemory host, const st
       size(host.length),
       mapping(std::move(host.mapping)),
       buffer(makeImportBuffer(context->device(), size)) {
-  imported = importMemory(*context, host, buffer.getMemoryRequirements().memoryTypeBits);
+  imported = importMemory(*context, host, buffer.getMemoryRequirements());
   buffer.bindMemory(*imported, 0);
   context->setName(*buffer, name);
 }

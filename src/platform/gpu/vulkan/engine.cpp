@@ -1,12 +1,31 @@
 #include "platform/gpu/vulkan/engine.h"
 
+#include <chrono>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "platform/gpu/vulkan/frames.h"
 #include "platform/log/log.h"
 
 namespace velicor::gpu::vulkan {
+
+namespace {
+
+// A wait that fails for want of memory says nothing about the work: it may well be under way.
+void awaitEnd(const Flight& flight) {
+  while (true) {
+    try {
+      return flight.await();
+    } catch (const vk::DeviceLostError&) {
+      throw;
+    } catch (const vk::SystemError&) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  }
+}
+
+}  // namespace
 
 std::unique_ptr<Engine> Engine::make(VulkanOptions options) {
   ContextRef context = DeviceContext::make(options);
@@ -28,6 +47,7 @@ std::unique_ptr<Flight> Engine::launch(const Submission& submission) {
     auto flight = takeFlight(context);
     recorder_.record(submission, *flight);
     flight->submit();
+    recorder_.keep();
     complained_ = false;
     return flight;
   } catch (const vk::DeviceLostError&) {
@@ -43,15 +63,23 @@ std::unique_ptr<Flight> Engine::launch(const Submission& submission) {
 
 bool Engine::land(std::unique_ptr<Flight> flight) {
   try {
-    flight->await();
-    if (const auto times = flight->passTimes(); !times.empty()) options_.onPassTimes(times);
-  } catch (const vk::SystemError&) {
+    awaitEnd(*flight);
+  } catch (const vk::DeviceLostError&) {
     lose();
     return false;
   }
+  reportTimes(*flight);
   const std::scoped_lock guard(mutex_);
   if (flight->context() == context_) idleFlights_.push_back(std::move(flight));
   return true;
+}
+
+void Engine::reportTimes(const Flight& flight) const {
+  try {
+    if (const auto times = flight.passTimes(); !times.empty()) options_.onPassTimes(times);
+  } catch (const vk::SystemError&) {
+    // The work is done all the same; this once nobody knows how long it took.
+  }
 }
 
 bool Engine::rebuild() {

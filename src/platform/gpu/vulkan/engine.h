@@ -35,6 +35,7 @@ class Engine {
 
  private:
   std::unique_ptr<Flight> takeFlight(const ContextRef& context);
+  void reportTimes(const Flight& flight) const;
   void lose();
   void complain(const char* what);
 

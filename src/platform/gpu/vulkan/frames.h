@@ -52,7 +52,7 @@ class VulkanFrame : public VulkanTexture {
 class VulkanTextureCache : public TextureCache {
  public:
   // The device keeps the timeline.
-  VulkanTextureCache(std::shared_ptr<Device> device, const Timeline& timeline)
+  VulkanTextureCache(std::shared_ptr<Device> device, Timeline& timeline)
       : device_(std::move(device)), timeline_(timeline) {}
 
  private:
@@ -63,7 +63,7 @@ class VulkanTextureCache : public TextureCache {
   std::shared_ptr<BufferBacking> importOf(const ContextRef& context, PixelBuffer& picture);
 
   std::shared_ptr<Device> device_;
-  const Timeline& timeline_;
+  Timeline& timeline_;
   std::shared_ptr<StagingPool> pool_ = std::make_shared<StagingPool>();
 
   // Captured frames come in the same few mappings again and again.

@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <optional>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -15,13 +16,14 @@ namespace velicor::gpu {
 
 namespace {
 
-constexpr int patience = 10'000;  // milliseconds; drivers that have to be read from a slow disk take long
+constexpr int patience = 3'000;  // milliseconds; the start waits for it
 
-bool hasCandidates() {
+// Nothing may get out of here: the child would go on as the parent.
+bool hasCandidates() noexcept {
   try {
     const auto instance = vulkan::Instance::make({});
     return instance && !instance->candidates(false).empty();
-  } catch (const vk::SystemError&) {
+  } catch (...) {
     return false;
   }
 }
@@ -40,26 +42,36 @@ std::optional<bool> answerFrom(int pipe) {
 
 }  // namespace
 
-bool isVulkanWorthLoading() {
+VulkanProbe::VulkanProbe() {
   int ends[2];
-  if (pipe2(ends, O_CLOEXEC) != 0) return false;
-  const pid_t child = fork();
-  if (child == 0) {
+  if (pipe2(ends, O_CLOEXEC) != 0) return;
+  child_ = fork();
+  if (child_ == 0) {
     // No handler and no destructor of the parent's may run here.
     const char answer = hasCandidates() ? 1 : 0;
     _exit(write(ends[1], &answer, 1) == 1 ? 0 : 1);
   }
   close(ends[1]);
-  std::optional<bool> answer;
-  if (child > 0) {
-    answer = answerFrom(ends[0]);
-    kill(child, SIGKILL);
-    while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-    }
+  pipe_ = ends[0];
+}
+
+VulkanProbe::~VulkanProbe() { end(); }
+
+bool VulkanProbe::isWorthLoading() {
+  if (answer_) return *answer_;
+  if (child_ > 0) answer_ = answerFrom(pipe_);
+  if (!answer_) log::Logger("gpu").error("the graphics drivers can't be asked: analysis runs without them");
+  end();
+  return answer_.emplace(answer_.value_or(false));
+}
+
+void VulkanProbe::end() {
+  if (pipe_ >= 0) close(std::exchange(pipe_, -1));
+  if (child_ <= 0) return;
+  kill(child_, SIGKILL);
+  while (waitpid(child_, nullptr, 0) < 0 && errno == EINTR) {
   }
-  close(ends[0]);
-  if (!answer) log::Logger("gpu").error("the graphics drivers can't be asked: analysis runs without them");
-  return answer.value_or(false);
+  child_ = -1;
 }
 
 }  // namespace velicor::gpu

@@ -63,10 +63,10 @@ std::optional<std::uint32_t> queueFamilyOf(const vk::raii::PhysicalDevice& devic
 Traits traitsOf(const vk::raii::PhysicalDevice& device) {
   const vk::PhysicalDeviceProperties properties = device.getProperties();
   const vk::PhysicalDeviceLimits& limits = properties.limits;
-  const std::uint32_t threads =
-      std::min({limits.maxComputeWorkGroupInvocations,
-                limits.maxComputeWorkGroupSize[0] * limits.maxComputeWorkGroupSize[0],
-                limits.maxComputeWorkGroupSize[1] * limits.maxComputeWorkGroupSize[1]});
+  const auto square = [](std::uint32_t side) { return std::uint64_t{side} * side; };
+  const auto threads = static_cast<std::uint32_t>(std::min({
+      std::uint64_t{limits.maxComputeWorkGroupInvocations}, square(limits.maxComputeWorkGroupSize[0]),
+      square(limits.maxComputeWorkGroupSize[1])}));
   return {static_cast<VkPhysicalDeviceType>(properties.deviceType), properties.apiVersion,
           queueFamilyOf(device), threads,
           std::min(limits.maxImageDimension2D,

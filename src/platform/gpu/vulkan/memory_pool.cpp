@@ -31,7 +31,9 @@ std::vector<std::uint32_t> MemoryPool::typesFor(std::uint32_t allowed, MemoryKin
   const vk::MemoryPropertyFlags wanted = kind == MemoryKind::deviceOnly ? Property::eDeviceLocal
                                          : kind == MemoryKind::readBack ? Property::eHostCached
                                                                         : vk::MemoryPropertyFlags();
-  constexpr auto unfit = Property::eLazilyAllocated | Property::eProtected;
+  // They hold no contents, or need features that are not turned on.
+  constexpr auto unfit = Property::eLazilyAllocated | Property::eProtected | Property::eDeviceCoherentAMD |
+                         Property::eDeviceUncachedAMD | Property::eRdmaCapableNV;
   std::vector<std::uint32_t> types;
   for (const bool best : {true, false}) {
     for (std::uint32_t i = 0; i < properties_.memoryTypeCount; ++i) {

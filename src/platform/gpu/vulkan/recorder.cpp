@@ -64,8 +64,6 @@ vk::Viewport upright(const vk::Extent2D& size) {
 void Recorder::record(const Submission& submission, Flight& flight) {
   flight_ = &flight;
   context_ = flight.context();
-  usagesBefore_.clear();
-  newerBefore_.clear();
   writtenWithRows_.clear();
   flight.restart();
   for (const Pass& pass : submission.passes) {
@@ -85,6 +83,12 @@ void Recorder::rollBack() {
   bufferBarriers_.clear();
   imageBarriers_.clear();
   bound_.clear();
+  keep();
+}
+
+void Recorder::keep() {
+  usagesBefore_.clear();
+  newerBefore_.clear();
 }
 
 void Recorder::run(const TextureCopy& copy) {

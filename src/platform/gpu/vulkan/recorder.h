@@ -16,10 +16,14 @@ namespace velicor::gpu::vulkan {
 // what the commands before it did, in the order of the submissions. One thread.
 class Recorder {
  public:
-  // Throws where something that is needed can't be had; rollBack() then forgets the submission.
+  // Throws where something that is needed can't be had. Either keep() or rollBack() comes next: what they
+  // decide about holds nothing of the submission.
   void record(const Submission& submission, Flight& flight);
 
-  // What was recorded last is never executed: the resources are as they were before.
+  // What was recorded last is on its way.
+  void keep();
+
+  // What was recorded since the last keep() is never executed: the resources are as they were before.
   void rollBack();
 
  private:

@@ -66,6 +66,14 @@ struct Timeline::State {
   int failedRebuilds = 0;
   Clock::time_point nextRebuild = Clock::time_point::min();
 
+  void end() {
+    {
+      const std::scoped_lock guard(mutex);
+      ending = true;
+    }
+    changed.notify_all();
+  }
+
   // A device that is lost again at once is not rebuilt in a circle.
   void askForRebuild() {
     if (engine->context() || Clock::now() < nextRebuild) return;
@@ -76,15 +84,17 @@ struct Timeline::State {
 
 Timeline::Timeline(std::unique_ptr<Engine> engine) : state_(std::make_shared<State>(std::move(engine))) {
   lander_ = std::thread([state = state_] { landAll(state); });
-  launcher_ = std::thread([state = state_] { launchAll(state); });
+  try {
+    launcher_ = std::thread([state = state_] { launchAll(state); });
+  } catch (...) {
+    state_->end();
+    lander_.join();
+    throw;
+  }
 }
 
 Timeline::~Timeline() {
-  {
-    const std::scoped_lock guard(state_->mutex);
-    state_->ending = true;
-  }
-  state_->changed.notify_all();
+  state_->end();
   launcher_.join();
   if (lander_.get_id() == std::this_thread::get_id()) {
     leaveBehind(std::move(lander_));
@@ -92,8 +102,6 @@ Timeline::~Timeline() {
     lander_.join();
   }
 }
-
-const Engine& Timeline::engine() const { return *state_->engine; }
 
 void Timeline::submit(Submission submission) {
   {
@@ -103,11 +111,11 @@ void Timeline::submit(Submission submission) {
   state_->changed.notify_all();
 }
 
-bool Timeline::accepts() {
-  if (state_->engine->context()) return true;
+ContextRef Timeline::acceptingContext() {
+  if (ContextRef context = state_->engine->context()) return context;
   const std::scoped_lock guard(state_->mutex);
   state_->askForRebuild();
-  return false;
+  return nullptr;
 }
 
 void Timeline::launchAll(const std::shared_ptr<State>& state) {
@@ -136,11 +144,14 @@ void Timeline::launchAll(const std::shared_ptr<State>& state) {
 
 void Timeline::rebuild(State& state, std::unique_lock<std::mutex>& guard) {
   state.changed.wait(guard, [&] { return state.ending || (state.underWay.empty() && !state.landing); });
-  state.rebuildWanted = false;
+  bool isThere = false;
+  if (!state.ending) {
+    guard.unlock();
+    isThere = state.engine->rebuild();
+    guard.lock();
+  }
+  state.rebuildWanted = false;  // whoever asked meanwhile is served as well
   if (state.ending) return;
-  guard.unlock();
-  const bool isThere = state.engine->rebuild();
-  guard.lock();
   if (isThere) {
     log::Logger("gpu").info("the device was rebuilt");
     state.failedRebuilds = 0;

@@ -26,10 +26,8 @@ class Timeline {
   // Any thread; never waits for the device.
   void submit(Submission submission);
 
-  // Whether there is a device. Asking while there is none makes the first thread try again, now and then.
-  bool accepts();
-
-  const Engine& engine() const;
+  // The device; none while it is lost. Asking then makes the first thread try again, now and then.
+  ContextRef acceptingContext();
 
  private:
   struct State;

@@ -22,7 +22,7 @@ class VulkanDevice : public Device {
   std::string name() const override { return name_; }
 
  protected:
-  bool accepts(Work) override { return timeline_.accepts(); }
+  bool accepts(Work) override { return timeline_.acceptingContext() != nullptr; }
   std::shared_ptr<Buffer> onMakeBuffer(std::size_t length, StorageMode storageMode) override;
   std::shared_ptr<Texture> onMakeTexture(const TextureDescriptor& descriptor) override;
   std::shared_ptr<ComputePipeline> onMakeComputePipeline(const Function& function) override;
@@ -35,7 +35,7 @@ class VulkanDevice : public Device {
   // What can't be had now is nothing.
   template <typename Resource, typename... Arguments>
   std::shared_ptr<Resource> make(Arguments&&... arguments) {
-    const ContextRef context = timeline_.engine().context();
+    const ContextRef context = timeline_.acceptingContext();
     if (!context) return nullptr;
     try {
       return std::make_shared<Resource>(shared_from_this(), context, std::forward<Arguments>(arguments)...);

@@ -3,9 +3,12 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+
+#include <sys/types.h>
 
 #include "platform/gpu/device.h"
 
@@ -55,8 +58,26 @@ struct VulkanOptions {
 // ones. Until it is there, and while none can be made, the device refuses work.
 std::shared_ptr<Device> makeVulkanDevice(VulkanOptions options = {});
 
-// Whether makeVulkanDevice() has something to choose from. Finding out loads every installed driver, which
-// can take tens of megabytes that never come back and has been seen to crash: a process of its own does it.
-bool isVulkanWorthLoading();
+// Finds out whether makeVulkanDevice() has something to choose from. That loads every installed driver, which
+// can take tens of megabytes that never come back and has been seen to crash: a process of its own does it, a
+// copy of this one, to be made while this one has a single thread. Main thread.
+class VulkanProbe {
+ public:
+  // Starts that process and does not wait for it.
+  VulkanProbe();
+  ~VulkanProbe();
+  VulkanProbe(const VulkanProbe&) = delete;
+  VulkanProbe& operator=(const VulkanProbe&) = delete;
+
+  // Waits for the answer. False, with a log line, where none comes.
+  bool isWorthLoading();
+
+ private:
+  void end();
+
+  pid_t child_ = -1;
+  int pipe_ = -1;
+  std::optional<bool> answer_;
+};
 
 }  // namespace velicor::gpu

@@ -22,6 +22,7 @@ struct {
   PFN_vkQueueSubmit submit;
   PFN_vkWaitForFences wait;
   PFN_vkAllocateMemory allocate;
+  PFN_vkCreateCommandPool createCommandPool;
   PFN_vkCmdPipelineBarrier barrier;
 } real;
 
@@ -74,6 +75,12 @@ VkResult allocate(VkDevice device, const VkMemoryAllocateInfo* info, const VkAll
   return real.allocate(device, info, allocator, memory);
 }
 
+VkResult createCommandPool(VkDevice device, const VkCommandPoolCreateInfo* info,
+                           const VkAllocationCallbacks* allocator, VkCommandPool* pool) {
+  if (take(present->refusedCommandPools)) return VK_ERROR_OUT_OF_HOST_MEMORY;
+  return real.createCommandPool(device, info, allocator, pool);
+}
+
 void barrier(VkCommandBuffer commands, VkPipelineStageFlags before, VkPipelineStageFlags after,
              VkDependencyFlags flags, std::uint32_t memoryCount, const VkMemoryBarrier* memory,
              std::uint32_t bufferCount, const VkBufferMemoryBarrier* buffers, std::uint32_t imageCount,
@@ -98,6 +105,7 @@ PFN_vkVoidFunction replaced(const char* name, PFN_vkVoidFunction function) {
         replace("vkGetPhysicalDeviceProperties", real.properties, &properties),
         replace("vkQueueSubmit", real.submit, &submit), replace("vkWaitForFences", real.wait, &wait),
         replace("vkAllocateMemory", real.allocate, &allocate),
+        replace("vkCreateCommandPool", real.createCommandPool, &createCommandPool),
         replace("vkCmdPipelineBarrier", real.barrier, &barrier)}) {
     if (found) return found;
   }

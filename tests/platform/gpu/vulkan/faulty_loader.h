@@ -21,6 +21,7 @@ class FaultyLoader {
   std::atomic<int> lostWaits{0};
   std::atomic<int> refusedDevices{0};
   std::atomic<int> refusedAllocations{0};
+  std::atomic<int> refusedCommandPools{0};
 
   // The drivers say that they are discrete graphics processors.
   std::atomic<bool> looksDiscrete{false};

@@ -83,6 +83,23 @@ TEST_F(VulkanLossTest, ADeviceThatCannotBeRebuiltRefusesWorkUntilItCan) {
   EXPECT_THAT(log.lines(), Contains(HasSubstr("the analysis pauses")));
 }
 
+// Nothing but the frames that keep coming in asks for the device here.
+TEST_F(VulkanLossTest, FramesBringTheDeviceBackAndWhatWasLostIsLeftAlone) {
+  const auto frame = std::make_shared<PixelBuffer>(700, 500);
+  const auto cache = device_->makeTextureCache();
+  const auto wrapped = [&] { return cache->texture(frame, PixelFormat::bgra8Unorm, 700, 500); };
+  loader.lostWaits = 1;
+  loader.refusedDevices = 1;
+  EXPECT_EQ(statusOf(numberWork(*queue_, "addOne", device_->makeBuffer(4, StorageMode::shared))),
+            CommandBuffer::Status::failed);
+  ASSERT_TRUE(waitUntil([&] { return wrapped() != nullptr; }));
+
+  // Taken back is what was recorded for this one, and not for the one before: its buffer is gone.
+  loader.refusedCommandPools = 1;
+  EXPECT_EQ(statusOf(numberWork(*queue_, "addOne", number_)), CommandBuffer::Status::failed);
+  EXPECT_EQ(statusOf(numberWork(*queue_, "addOne", number_)), CommandBuffer::Status::completed);
+}
+
 TEST_F(VulkanLossTest, WhatThereIsNoMemoryForIsNothingAndTheRestGoesOn) {
   loader.refusedAllocations = 100;
   EXPECT_EQ(device_->makeBuffer(1 << 20, StorageMode::deviceOnly), nullptr);

@@ -50,7 +50,7 @@ TEST(VulkanStart, OnSoftwareOnlyEndsOnTheNativeDeviceAndLeavesNoDriver) {
   leaveSoftwareOnly();
   const auto filesBefore = mappedFiles();
   const long residentBefore = residentKilobytes();
-  EXPECT_FALSE(isVulkanWorthLoading());
+  EXPECT_FALSE(VulkanProbe().isWorthLoading());
   EXPECT_EQ(systemDefaultDevice()->name(), "CPU");
   EXPECT_LT(residentKilobytes() - residentBefore, 10'000);
   EXPECT_EQ(mappedFiles(), filesBefore);
@@ -82,6 +82,7 @@ TEST(VulkanStart, RanksByKindAndLeavesOutWhatCannotCarryTheInterface) {
 }
 
 TEST(VulkanStart, ADriverThatRefusesIsFollowedByTheNext) {
+  makeCheckedVulkanDevice();
   FaultyLoader loader;
   const velicor::test::LogRecorder log;
   VulkanOptions options;

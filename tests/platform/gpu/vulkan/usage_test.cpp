@@ -47,6 +47,7 @@ TEST(VulkanUsage, AReadFromElsewhereWaitsForAChangeOfLayout) {
 
 // What keeps the tests honest about barriers.
 TEST(VulkanUsage, AMissingBarrierIsComplainedAbout) {
+  makeCheckedVulkanDevice();
   FaultyLoader loader;
   const auto complaints = std::make_shared<std::atomic<int>>(0);
   VulkanOptions options;
