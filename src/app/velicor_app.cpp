@@ -25,6 +25,7 @@
 #include "platform/dispatch/clock.h"
 #include "platform/dispatch/main_queue.h"
 #include "platform/dispatch/termination_signals.h"
+#include "platform/gpu/device.h"
 #include "platform/hotkeys/hot_keys.h"
 #include "platform/instance/single_instance.h"
 #include "platform/log/log.h"
@@ -129,6 +130,7 @@ int VelicorApp::run(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);
   dispatch::TerminationSignals termination;
   if (const auto reason = refusal()) return unavailable(*reason);
+  gpu::findGraphicsProcessors();
   qputenv("QT_QPA_PLATFORM", "xcb");
   QApplication application(argc, argv);
   describeApplication();

@@ -74,8 +74,8 @@ class Device : public std::enable_shared_from_this<Device> {
   virtual void onSubmit(Submission submission) = 0;
 };
 
-// Begins to look for what systemDefaultDevice() chooses from, in a process of its own. To be called at the start,
-// while this process has a single thread: a copy of one with several can get stuck. Does not wait.
+// Begins to look for what systemDefaultDevice() chooses from, in a process of its own. To be called at the
+// start, while this process has a single thread: a copy of one with several can get stuck. Does not wait.
 void findGraphicsProcessors();
 
 // The device that serves this machine best; the same one at every call. nullptr where none can be had.

@@ -20,8 +20,8 @@ struct TestDevice {
 
 // Vulkan as far as this machine has it, down to drivers in software, with the validation layer on: a
 // complaint fails the test. Throws where the machine lacks either. Drivers stay loaded from the first one on:
-// tests that make devices otherwise make one of these before, or the leak checker meets memory of a driver that
-// is gone.
+// tests that make devices otherwise make one of these before, or the leak checker meets memory of a driver
+// that is gone.
 std::shared_ptr<Device> makeCheckedVulkanDevice(VulkanOptions options = {});
 
 inline std::vector<TestDevice> allDevices() {
