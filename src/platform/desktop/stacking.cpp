@@ -82,11 +82,17 @@ void apply(const RestackStep& step, Stack& stack) {
 
 std::vector<RestackStep> restackSteps(Stack stack) {
   std::vector<RestackStep> steps;
-  for (const WindowId window : bypassingByLevel(stack)) {
-    const std::optional<RestackStep> step = stepFor(stack, indexOf(stack, window));
-    if (!step) continue;
-    apply(*step, stack);
-    steps.push_back(*step);
+  const std::vector<WindowId> windows = bypassingByLevel(stack);
+  // What moves last may clear the way for what was looked at before it.
+  for (std::size_t round = 0; round <= windows.size(); ++round) {
+    const std::size_t before = steps.size();
+    for (const WindowId window : windows) {
+      const std::optional<RestackStep> step = stepFor(stack, indexOf(stack, window));
+      if (!step) continue;
+      apply(*step, stack);
+      steps.push_back(*step);
+    }
+    if (steps.size() == before) break;
   }
   return steps;
 }
