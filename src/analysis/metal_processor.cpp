@@ -78,6 +78,7 @@ void MetalProcessor::ingest(const PixelBufferRef& frame) {
   const auto commands = queue_->makeCommandBuffer();
   if (!commands) return;
   encodeUpload(*commands, wrapped);
+  ++frames_;
   ++ingestCount_;
   encodeAnalysis(*commands, ingestCount_ % std::max(1, scopeDivider.load()) == 0);
   commands->addCompletedHandler([wrapped](const gpu::CommandBuffer&) { /* kept until here */ });
@@ -89,6 +90,13 @@ void MetalProcessor::prepareRegionTexture(gpu::Extent size) {
   if (regionTexture_ && regionTexture_->size() == size) return;
   regionTexture_ = device_->makeTexture({gpu::PixelFormat::bgra8Unorm, size.width, size.height,
                                          gpu::TextureUsage::shaderRead, gpu::StorageMode::deviceOnly});
+  noteLost(frames_);
+}
+
+void MetalProcessor::noteLost(std::uint64_t frame) {
+  std::uint64_t last = lostFrames_;
+  while (last < frame && !lostFrames_.compare_exchange_weak(last, frame)) {
+  }
 }
 
 void MetalProcessor::setPalette(const Palette::Buffer& palette) {
@@ -101,7 +109,7 @@ void MetalProcessor::setPalette(const Palette::Buffer& palette) {
 
 void MetalProcessor::reanalyze() {
   const std::scoped_lock guard(gpuLock_);
-  const auto commands = regionTexture_ ? queue_->makeCommandBuffer() : nullptr;
+  const auto commands = regionTexture_ && frames_ > lostFrames_ ? queue_->makeCommandBuffer() : nullptr;
   if (!commands) return;
   encodeAnalysis(*commands, true);
   commands->commit();
@@ -112,6 +120,8 @@ void MetalProcessor::reset() {
     const std::scoped_lock guard(gpuLock_);
     regionTexture_ = nullptr;
     outTexture_ = nullptr;
+    // The one before may keep memory of the frames.
+    if (auto cache = device_->makeTextureCache()) textureCache_ = std::move(cache);
     ingestCount_ = 0;
     ++session_;
   }
@@ -133,10 +143,14 @@ void MetalProcessor::encodeAnalysis(gpu::CommandBuffer& commands, bool includeSc
     if (outTexture_) encodePreview(commands, previewMode);
   }
   if (includeScopes) encodeScopes(commands);
-  const Outcome outcome{wantsPreview ? outTexture_ : nullptr, regionTexture_, includeScopes, session_};
+  const Outcome outcome{wantsPreview ? outTexture_ : nullptr, regionTexture_, includeScopes, session_,
+                        frames_};
   commands.addCompletedHandler([weak = weak_from_this(), outcome](const gpu::CommandBuffer& done) {
-    if (done.status() == gpu::CommandBuffer::Status::failed) return;  // the results of the frame before stay
-    if (const auto self = weak.lock()) self->publish(outcome);
+    const auto self = weak.lock();
+    if (!self) return;
+    // The results of the frame before stay.
+    if (done.status() == gpu::CommandBuffer::Status::failed) return self->noteLost(outcome.source);
+    self->publish(outcome);
   });
 }
 

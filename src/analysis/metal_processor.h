@@ -46,7 +46,7 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   // New colours for the preview, shown at once on the last frame.
   void setPalette(const Palette::Buffer& palette);
 
-  // Analyses the last frame again, scopes included; nothing without a frame.
+  // Analyses the last frame again, scopes included; nothing without a frame, or where the device has lost it.
   void reanalyze();
 
   // Forgets the frame, all results and the frame count, and calls both callbacks so that the views empty.
@@ -99,6 +99,7 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
     std::shared_ptr<gpu::Texture> frame;
     bool includesScopes = false;
     std::uint64_t session = 0;
+    std::uint64_t source = 0;  // the frame's number, as frames_ counts
   };
 
   explicit MetalProcessor(std::shared_ptr<gpu::Device> device) : device_(std::move(device)) {}
@@ -116,6 +117,9 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
                         const std::shared_ptr<gpu::Buffer>& counters, float gain,
                         const std::shared_ptr<gpu::Texture>& image);
   void dumpPictures();
+
+  // The device's copy of this frame, or of one before, may have no contents. Any thread.
+  void noteLost(std::uint64_t frame);
 
   void publish(const Outcome& outcome);  // a device thread
   void announceLater(bool includesScopes);
@@ -136,6 +140,10 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   std::shared_ptr<gpu::Texture> regionTexture_;  // the device's copy of the last frame
   std::shared_ptr<gpu::Texture> outTexture_;     // the preview picture
   int ingestCount_ = 0;                          // since creation or the last reset
+  std::uint64_t frames_ = 0;                     // since creation
+
+  // Up to this one no frame can be analysed again.
+  std::atomic<std::uint64_t> lostFrames_{0};
 
   // Grows with every reset: what was under way before is not published after it.
   std::atomic<std::uint64_t> session_{0};

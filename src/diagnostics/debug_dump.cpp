@@ -33,7 +33,7 @@ std::optional<std::string> dumpPath(std::string_view name) {
   return std::string(prefix) + "-" + std::string(name) + ".png";
 }
 
-// The texture's pixels, rows without gaps; empty where the device refuses.
+// The texture's pixels, rows without gaps; empty where the device refuses or fails.
 std::vector<std::byte> readBack(const std::shared_ptr<gpu::Texture>& texture, gpu::CommandQueue& queue) {
   const gpu::TextureDescriptor descriptor{texture->pixelFormat(), texture->width(), texture->height(),
                                           gpu::TextureUsage::shaderRead, gpu::StorageMode::shared};
@@ -49,6 +49,7 @@ std::vector<std::byte> readBack(const std::shared_ptr<gpu::Texture>& texture, gp
   blit->endEncoding();
   commands->commit();
   commands->waitUntilCompleted();
+  if (commands->status() == gpu::CommandBuffer::Status::failed) return {};
   const std::size_t bytesPerRow = gpu::bytesPerPixel * static_cast<std::size_t>(texture->width());
   std::vector<std::byte> pixels(bytesPerRow * static_cast<std::size_t>(texture->height()));
   staging->getBytes(pixels, bytesPerRow, {{}, texture->size()});

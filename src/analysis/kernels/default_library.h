@@ -20,7 +20,7 @@ namespace velicor {
 //                      texture's. Pixels outside the scaled rectangle keep what they had.
 //
 // Layouts are in kernel_interface.h. Every function is there twice, in C++ and in GLSL (glsl/); what both
-// must agree on they read from the same files (shared/). nullptr where the device takes no library.
+// must agree on they read from the same files (shared/).
 std::shared_ptr<gpu::Library> defaultLibrary(const std::shared_ptr<gpu::Device>& device);
 
 }  // namespace velicor

@@ -48,8 +48,8 @@ vk::raii::DeviceMemory importMemory(const DeviceContext& context, const HostMemo
   constexpr auto handle = vk::ExternalMemoryHandleTypeFlagBits::eHostAllocationEXT;
   const auto pointer = context.device().getMemoryHostPointerPropertiesEXT(handle, host.bytes);
   // Coherent ones: nobody flushes what the main processor writes there.
-  const auto types = context.memory().typesFor(requirements.memoryTypeBits & pointer.memoryTypeBits,
-                                               MemoryKind::readBack);
+  const auto types =
+      context.memory().typesFor(requirements.memoryTypeBits & pointer.memoryTypeBits, MemoryKind::readBack);
   const vk::DeviceSize unit = context.importAlignment();
   const vk::DeviceSize length = (host.length + unit - 1) / unit * unit;
   if (types.empty() || requirements.size > length)
@@ -78,6 +78,7 @@ BufferBacking::BufferBacking(ContextRef deviceContext, std::size_t length, Memor
     : context(std::move(deviceContext)), size(length), buffer(makeBuffer(context->device(), size)) {
   memory = context->memory().take(buffer.getMemoryRequirements(), kind);
   buffer.bindMemory(*memory->memory, 0);
+  context->setName(*memory->memory, name);
   context->setName(*buffer, name);
 }
 
@@ -88,6 +89,7 @@ BufferBacking::BufferBacking(ContextRef deviceContext, HostMemory host, const st
       buffer(makeImportBuffer(context->device(), size)) {
   imported = importMemory(*context, host, buffer.getMemoryRequirements());
   buffer.bindMemory(*imported, 0);
+  context->setName(*imported, name);
   context->setName(*buffer, name);
 }
 
@@ -97,6 +99,7 @@ ImageBacking::ImageBacking(ContextRef deviceContext, const TextureDescriptor& de
   memory = context->memory().take(image.getMemoryRequirements(), MemoryKind::deviceOnly);
   image.bindMemory(*memory->memory, 0);
   view = makeView(context->device(), *image, descriptor.pixelFormat);
+  context->setName(*memory->memory, name);
   context->setName(*image, name);
   context->setName(*view, name);
   if (!allows(descriptor.usage, TextureUsage::renderTarget)) return;

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <exception>
 
-#include "platform/gpu/vulkan/host_import.h"
 #include "platform/gpu/vulkan/shader_interface.h"
+#include "platform/gpu/vulkan/trials.h"
 #include "platform/log/log.h"
 
 namespace velicor::gpu::vulkan {
@@ -78,13 +79,34 @@ vk::raii::RenderPass makeRenderPass(const vk::raii::Device& device, PixelFormat 
   return {device, vk::RenderPassCreateInfo({}, target, subpass)};
 }
 
+class ImportLosesDevice : public std::exception {};
+
+bool importsAndSurvives(const ContextRef& context) {
+  try {
+    return canImport(context);
+  } catch (const vk::DeviceLostError&) {
+    log::Logger("gpu").error(context->name() +
+                             " was lost reading main memory: frames are copied from now on");
+    throw ImportLosesDevice();
+  }
+}
+
 }  // namespace
 
 vk::Format formatOf(PixelFormat format) {
   return format == PixelFormat::bgra8Unorm ? vk::Format::eB8G8R8A8Unorm : vk::Format::eR8G8B8A8Unorm;
 }
 
-std::shared_ptr<const DeviceContext> DeviceContext::make(const VulkanOptions& options) {
+std::shared_ptr<const DeviceContext> DeviceContext::make(VulkanOptions& options) {
+  try {
+    return makeBest(options);
+  } catch (const ImportLosesDevice&) {
+    options.importsFrames = false;
+    return makeBest(options);
+  }
+}
+
+std::shared_ptr<const DeviceContext> DeviceContext::makeBest(const VulkanOptions& options) {
   try {
     const auto instance = Instance::make(options);
     if (!instance) return nullptr;
@@ -92,7 +114,8 @@ std::shared_ptr<const DeviceContext> DeviceContext::make(const VulkanOptions& op
       const std::string name = candidate.device.getProperties().deviceName;
       try {
         const auto context = std::make_shared<DeviceContext>(instance, std::move(candidate), options);
-        if (!canImport(context)) context->importAlignment_ = 0;
+        tryWork(context);
+        if (!importsAndSurvives(context)) context->importAlignment_ = 0;
         return context;
       } catch (const vk::SystemError& error) {
         log::Logger("gpu").error(name + " can't be used: " + error.what());
@@ -120,6 +143,7 @@ DeviceContext::DeviceContext(std::shared_ptr<const Instance> instance, Instance:
       pipelineLayout_(makePipelineLayout(device_, *setLayout_)),
       bgraPass_(makeRenderPass(device_, PixelFormat::bgra8Unorm)),
       rgbaPass_(makeRenderPass(device_, PixelFormat::rgba8Unorm)) {
+  setName(*device_, "Velicor");
   setName(*queue_, "Velicor");
   setName(*sampler_, "texels");
   setName(*setLayout_, "arguments");

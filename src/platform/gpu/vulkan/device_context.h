@@ -16,8 +16,9 @@ vk::Format formatOf(PixelFormat format);
 // whatever was made in it holds it, so that it goes last. Any thread but for the queue.
 class DeviceContext {
  public:
-  // The best candidate that can be opened; nullptr where there is none. Those that refused are logged.
-  static std::shared_ptr<const DeviceContext> make(const VulkanOptions& options);
+  // The best candidate that can be opened and carries work; nullptr where there is none. Those that refused
+  // are logged. Where reading frames where they lie loses a device, the option is turned off.
+  static std::shared_ptr<const DeviceContext> make(VulkanOptions& options);
 
   // Throws vk::SystemError.
   DeviceContext(std::shared_ptr<const Instance> instance, Instance::Candidate candidate,
@@ -54,6 +55,7 @@ class DeviceContext {
   }
 
  private:
+  static std::shared_ptr<const DeviceContext> makeBest(const VulkanOptions& options);
   void setName(vk::ObjectType type, std::uint64_t handle, const std::string& name) const;
 
   std::shared_ptr<const Instance> instance_;

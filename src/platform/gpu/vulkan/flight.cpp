@@ -17,15 +17,18 @@ vk::raii::CommandBuffer makeCommands(const vk::raii::Device& device, const vk::r
   return std::move(vk::raii::CommandBuffers(device, {*pool, vk::CommandBufferLevel::ePrimary, 1}).front());
 }
 
-vk::raii::DescriptorPool makeSetPool(const vk::raii::Device& device) {
+vk::raii::DescriptorPool makeSetPool(const DeviceContext& context) {
   using Type = vk::DescriptorType;
   constexpr std::uint32_t textures = setsPerPool * maxTextureBindings;
   constexpr std::uint32_t buffers = setsPerPool * maxBufferBindings * 2;
   constexpr std::array sizes{vk::DescriptorPoolSize(Type::eCombinedImageSampler, textures),
                              vk::DescriptorPoolSize(Type::eStorageImage, textures),
                              vk::DescriptorPoolSize(Type::eStorageBuffer, buffers)};
-  return {device, vk::DescriptorPoolCreateInfo(vk::DescriptorPoolCreateFlagBits::eFreeDescriptorSet,
-                                               setsPerPool, sizes)};
+  vk::raii::DescriptorPool pool(
+      context.device(),
+      vk::DescriptorPoolCreateInfo(vk::DescriptorPoolCreateFlagBits::eFreeDescriptorSet, setsPerPool, sizes));
+  context.setName(*pool, "arguments");
+  return pool;
 }
 
 }  // namespace
@@ -76,11 +79,13 @@ vk::DescriptorBufferInfo Flight::put(std::span<const std::byte> bytes) {
 
 vk::DescriptorSet Flight::nextSet() {
   if (usedSets_ == sets_.size()) {
-    setPools_.push_back(makeSetPool(context_->device()));
+    setPools_.push_back(makeSetPool(*context_));
     const std::vector layouts(setsPerPool, context_->setLayout());
     vk::raii::DescriptorSets made(context_->device(), {*setPools_.back(), layouts});
-    for (vk::raii::DescriptorSet& set : made)
+    for (vk::raii::DescriptorSet& set : made) {
+      context_->setName(*set, "arguments");
       sets_.push_back(std::move(set));
+    }
   }
   return *sets_[usedSets_++];
 }

@@ -18,6 +18,8 @@ constexpr std::size_t idleStagings = 3;
 // 350 × 350; reading in place halves the way in at 1920 × 1080).
 constexpr std::size_t worthImporting = std::size_t{1} << 20;
 
+constexpr int maxShortages = 3;
+
 std::size_t rowLength(int width) { return bytesPerPixel * static_cast<std::size_t>(width); }
 
 std::size_t lengthOf(const PixelBuffer& picture) {
@@ -104,7 +106,7 @@ std::shared_ptr<Texture> VulkanTextureCache::onTexture(const PixelBufferRef& buf
 }
 
 std::shared_ptr<BufferBacking> VulkanTextureCache::importOf(const ContextRef& context, PixelBuffer& picture) {
-  if (refusing_ == context || !isImportable(*context, picture)) return nullptr;
+  if (refusing_.lock() == context || !isImportable(*context, picture)) return nullptr;
   const std::size_t length = wholePages(lengthOf(picture));
   const auto known = std::find_if(imports_.begin(), imports_.end(), [&](const Import& import) {
     return import.bytes == picture.bytes() && import.memory->mapping == picture.mapping() &&
@@ -117,11 +119,22 @@ std::shared_ptr<BufferBacking> VulkanTextureCache::importOf(const ContextRef& co
     std::erase_if(imports_,
                   [&](const Import& import) { return import.memory->mapping == picture.mapping(); });
     imports_.push_back({picture.bytes(), memory});
+    refusals_ = 0;
     return memory;
+  } catch (const vk::OutOfDeviceMemoryError&) {
+    noteShortage(context);
+  } catch (const vk::OutOfHostMemoryError&) {
+    noteShortage(context);
   } catch (const vk::SystemError&) {
     refusing_ = context;
-    return nullptr;
   }
+  return nullptr;
+}
+
+void VulkanTextureCache::noteShortage(const ContextRef& context) {
+  if (++refusals_ < maxShortages) return;
+  refusing_ = context;
+  refusals_ = 0;
 }
 
 // A mapping that only its import still holds is not coming again.

@@ -61,6 +61,7 @@ class VulkanTextureCache : public TextureCache {
 
   // nullptr where the picture is small, or can't be read where it lies.
   std::shared_ptr<BufferBacking> importOf(const ContextRef& context, PixelBuffer& picture);
+  void noteShortage(const ContextRef& context);
 
   std::shared_ptr<Device> device_;
   Timeline& timeline_;
@@ -72,7 +73,10 @@ class VulkanTextureCache : public TextureCache {
     std::shared_ptr<BufferBacking> memory;
   };
   std::vector<Import> imports_;
-  ContextRef refusing_;  // a device that refused one is not asked again
+
+  // A device that refused is not asked again; one that had no memory a few times.
+  std::weak_ptr<const DeviceContext> refusing_;
+  int refusals_ = 0;  // for want of memory, since the last import
 };
 
 }  // namespace velicor::gpu::vulkan

@@ -64,9 +64,9 @@ Traits traitsOf(const vk::raii::PhysicalDevice& device) {
   const vk::PhysicalDeviceProperties properties = device.getProperties();
   const vk::PhysicalDeviceLimits& limits = properties.limits;
   const auto square = [](std::uint32_t side) { return std::uint64_t{side} * side; };
-  const auto threads = static_cast<std::uint32_t>(std::min({
-      std::uint64_t{limits.maxComputeWorkGroupInvocations}, square(limits.maxComputeWorkGroupSize[0]),
-      square(limits.maxComputeWorkGroupSize[1])}));
+  const auto threads = static_cast<std::uint32_t>(
+      std::min({std::uint64_t{limits.maxComputeWorkGroupInvocations},
+                square(limits.maxComputeWorkGroupSize[0]), square(limits.maxComputeWorkGroupSize[1])}));
   return {static_cast<VkPhysicalDeviceType>(properties.deviceType), properties.apiVersion,
           queueFamilyOf(device), threads,
           std::min(limits.maxImageDimension2D,

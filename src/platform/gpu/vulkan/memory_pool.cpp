@@ -46,6 +46,22 @@ std::vector<std::uint32_t> MemoryPool::typesFor(std::uint32_t allowed, MemoryKin
 }
 
 MemoryPool::Lease MemoryPool::take(const vk::MemoryRequirements& requirements, MemoryKind kind) {
+  try {
+    return takeFitting(requirements, kind);
+  } catch (const vk::OutOfDeviceMemoryError&) {
+    if (!freeKept()) throw;
+    return takeFitting(requirements, kind);
+  }
+}
+
+bool MemoryPool::freeKept() {
+  std::vector<std::unique_ptr<Block>> gone;  // freed outside the lock
+  const std::scoped_lock guard(mutex_);
+  gone.swap(kept_);
+  return !gone.empty();
+}
+
+MemoryPool::Lease MemoryPool::takeFitting(const vk::MemoryRequirements& requirements, MemoryKind kind) {
   const std::vector<std::uint32_t> types = typesFor(requirements.memoryTypeBits, kind);
   for (const std::uint32_t type : types) {
     try {

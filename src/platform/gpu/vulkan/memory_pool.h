@@ -38,6 +38,8 @@ class MemoryPool {
   std::vector<std::uint32_t> typesFor(std::uint32_t allowed, MemoryKind kind) const;
 
  private:
+  Lease takeFitting(const vk::MemoryRequirements& requirements, MemoryKind kind);
+  bool freeKept();  // whether there were any
   std::unique_ptr<Block> takeKept(std::uint32_t type, vk::DeviceSize size);
   std::unique_ptr<Block> allocate(std::uint32_t type, vk::DeviceSize size);
   void giveBack(std::unique_ptr<Block> block);

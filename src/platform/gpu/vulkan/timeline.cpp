@@ -111,6 +111,8 @@ void Timeline::submit(Submission submission) {
   state_->changed.notify_all();
 }
 
+ContextRef Timeline::context() const { return state_->engine->context(); }
+
 ContextRef Timeline::acceptingContext() {
   if (ContextRef context = state_->engine->context()) return context;
   const std::scoped_lock guard(state_->mutex);

@@ -26,6 +26,9 @@ class Timeline {
   // Any thread; never waits for the device.
   void submit(Submission submission);
 
+  // As engine.h says.
+  ContextRef context() const;
+
   // The device; none while it is lost. Asking then makes the first thread try again, now and then.
   ContextRef acceptingContext();
 

@@ -19,10 +19,15 @@ class VulkanDevice : public Device {
  public:
   VulkanDevice(std::unique_ptr<vulkan::Engine> engine, std::string name)
       : name_(std::move(name)), timeline_(std::move(engine)) {}
-  std::string name() const override { return name_; }
+  std::string name() const override {
+    const ContextRef context = timeline_.context();
+    return context ? context->name() : name_;
+  }
 
  protected:
-  bool accepts(Work) override { return timeline_.acceptingContext() != nullptr; }
+  bool accepts(Work work) override {
+    return work == Work::commandQueue || timeline_.acceptingContext() != nullptr;
+  }
   std::shared_ptr<Buffer> onMakeBuffer(std::size_t length, StorageMode storageMode) override;
   std::shared_ptr<Texture> onMakeTexture(const TextureDescriptor& descriptor) override;
   std::shared_ptr<ComputePipeline> onMakeComputePipeline(const Function& function) override;
@@ -44,7 +49,7 @@ class VulkanDevice : public Device {
     }
   }
 
-  const std::string name_;
+  const std::string name_;  // the first one's
   vulkan::Timeline timeline_;
 };
 

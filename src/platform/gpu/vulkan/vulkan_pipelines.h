@@ -16,7 +16,7 @@ namespace velicor::gpu::vulkan {
 
 class VulkanComputePipeline : public ComputePipeline {
  public:
-  // `spirv` is static data.
+  // The function's SPIR-V is static data.
   VulkanComputePipeline(std::shared_ptr<Device> device, const ContextRef& context, const Function& function,
                         ShaderFacts facts);
 
