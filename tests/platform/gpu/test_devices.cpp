@@ -1,5 +1,6 @@
 #include "platform/gpu/test_devices.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
@@ -37,6 +38,8 @@ void keepLoaded() {
 }  // namespace
 
 std::shared_ptr<Device> makeCheckedVulkanDevice(VulkanOptions options) {
+  // The layer itself looks for missing barriers between submissions only when told so from outside.
+  setenv("VK_LAYER_ENABLES", "VALIDATION_CHECK_ENABLE_SYNCHRONIZATION_VALIDATION_QUEUE_SUBMIT", 0);
   options.softwareToo = true;
   options.onComplaint = [](std::string_view complaint) { ADD_FAILURE() << complaint; };
   auto device = makeVulkanDevice(std::move(options));
