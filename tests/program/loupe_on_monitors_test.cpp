@@ -7,12 +7,13 @@
 namespace velicor::test {
 namespace {
 
-constexpr DeviceRect leftMonitor{0, 0, 640, 800};
-constexpr DeviceRect rightMonitor{640, 0, 640, 800};
+// The left one has room for the loupe beside the scopes panel.
+constexpr DeviceRect leftMonitor{0, 0, 920, 800};
+constexpr DeviceRect rightMonitor{920, 0, 360, 800};
 constexpr std::uint32_t lightSkin = 0xC29682;
 constexpr std::uint32_t middleGrey = 0x999999;
 constexpr QColor onTheLine(0xFF, 0xF2, 0x00);
-const DeviceRect middleOfLeft = loupeAtStart.translatedBy(-320, 0);
+const DeviceRect middleOfLeft = loupeAtStart.translatedBy(-180, 0);
 
 class LoupeOnMonitorsTest : public testing::Test {
  protected:
@@ -69,10 +70,10 @@ class LoupeOnMonitorsTest : public testing::Test {
 TEST_F(LoupeOnMonitorsTest, TheCaptureIsOnTheMonitorThatHasMostOfTheLoupe) {
   RunningVelicor velicor(stage_.launch());
   ASSERT_TRUE(answersIn(middleOfLeft, leftMonitor)) << velicor.log();
-  const DeviceRect right = drag(middleOfLeft, {900, 120});
+  const DeviceRect right = drag(middleOfLeft, {1000, 120});
   EXPECT_TRUE(answersIn(right, rightMonitor)) << velicor.log();
-  const DeviceRect astride = drag(right, {560, 500});
-  const DeviceRect left = drag(drag(astride, {540, 500}), {300, 500});
+  const DeviceRect astride = drag(right, {840, 500});
+  const DeviceRect left = drag(drag(astride, {820, 500}), {300, 500});
   EXPECT_TRUE(answersIn(left, leftMonitor)) << velicor.log();
   EXPECT_TRUE(startedOn(velicor, {"left", "right", "left"})) << "moved on a monitor, started anew on the other";
 }
@@ -80,7 +81,7 @@ TEST_F(LoupeOnMonitorsTest, TheCaptureIsOnTheMonitorThatHasMostOfTheLoupe) {
 TEST_F(LoupeOnMonitorsTest, AMonitorMayGoAndComeBackUnderTheLoupe) {
   RunningVelicor velicor(stage_.launch());
   ASSERT_TRUE(answersIn(middleOfLeft, leftMonitor)) << velicor.log();
-  DeviceRect loupe = drag(middleOfLeft, {900, 120});
+  DeviceRect loupe = drag(middleOfLeft, {1000, 120});
   ASSERT_TRUE(answersIn(loupe, rightMonitor)) << velicor.log();
 
   stage_.painter().deleteMonitor("right");
@@ -88,7 +89,7 @@ TEST_F(LoupeOnMonitorsTest, AMonitorMayGoAndComeBackUnderTheLoupe) {
   EXPECT_TRUE(answersIn(middleOfLeft, leftMonitor)) << velicor.log();
 
   stage_.painter().defineMonitor("right", rightMonitor, false);
-  loupe = drag(middleOfLeft, {900, 120});
+  loupe = drag(middleOfLeft, {1000, 120});
   EXPECT_TRUE(answersIn(loupe, rightMonitor)) << velicor.log();
 
   // Plugged in elsewhere: another monitor in the same place.
