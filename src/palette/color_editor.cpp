@@ -4,6 +4,7 @@
 #include <QVBoxLayout>
 
 #include "controls/label.h"
+#include "controls/layout.h"
 #include "controls/mini_slider.h"
 #include "controls/push_button.h"
 #include "palette/color_patch.h"
@@ -31,16 +32,9 @@ constexpr double swatchRadius = 5;
 constexpr ColorPatch::Border swatchBorder{1, 0.35};
 
 constexpr controls::TextStyle hexStyle{.size = 11, .color = TextColor::secondary, .face = Face::monospaced};
-constexpr controls::TextStyle channelStyle{.size = 10, .weight = QFont::DemiBold, .color = TextColor::secondary};
+constexpr controls::TextStyle channelStyle{
+    .size = 10, .weight = QFont::DemiBold, .color = TextColor::secondary};
 constexpr controls::TextStyle valueStyle{.size = 10, .color = TextColor::secondary, .face = Face::tabular};
-
-template <typename Layout>
-Layout* plainLayout(QWidget* widget, int gap) {
-  auto* layout = new Layout(widget);
-  layout->setContentsMargins({});
-  layout->setSpacing(gap);
-  return layout;
-}
 
 QString byteText(double component) { return QString::number(roundHalfAway(component * 255)); }
 
@@ -55,7 +49,7 @@ ColorPatch* ColorEditor::swatch(const Palette::RGB& rgb, const QSize& size, doub
 
 ColorEditor::ColorEditor(const Palette::RGB& rgb, QWidget* parent) : QWidget(parent), rgb_(rgb) {
   setFixedWidth(wholeWidth);
-  auto* items = plainLayout<QVBoxLayout>(this, spacing);
+  auto* items = controls::plainLayout<QVBoxLayout>(this, spacing);
   items->setContentsMargins(padding, padding, padding, padding);
   items->addWidget(header());
   presets_ = new PresetGrid;
@@ -90,7 +84,7 @@ void ColorEditor::refresh() {
 
 QWidget* ColorEditor::header() {
   auto* header = new QWidget;
-  auto* items = plainLayout<QHBoxLayout>(header, headerSpacing);
+  auto* items = controls::plainLayout<QHBoxLayout>(header, headerSpacing);
   swatch_ = swatch(rgb_, swatchSize, swatchRadius);
   hex_ = new Label({}, hexStyle);
   items->addWidget(swatch_, 0, Qt::AlignVCenter);
@@ -101,7 +95,7 @@ QWidget* ColorEditor::header() {
 
 QWidget* ColorEditor::channels() {
   auto* rows = new QWidget;
-  auto* items = plainLayout<QVBoxLayout>(rows, channelRowSpacing);
+  auto* items = controls::plainLayout<QVBoxLayout>(rows, channelRowSpacing);
   items->addWidget(channel(QStringLiteral("R"), &Palette::RGB::r, 0));
   items->addWidget(channel(QStringLiteral("G"), &Palette::RGB::g, 1));
   items->addWidget(channel(QStringLiteral("B"), &Palette::RGB::b, 2));
@@ -127,7 +121,7 @@ QWidget* ColorEditor::channel(const QString& label, Component component, std::si
   channels_[index] = {component, slider, value};
 
   auto* row = new QWidget;
-  auto* items = plainLayout<QHBoxLayout>(row, itemSpacing);
+  auto* items = controls::plainLayout<QHBoxLayout>(row, itemSpacing);
   items->addWidget(name, 0, Qt::AlignVCenter);
   items->addWidget(slider);
   items->addWidget(value, 0, Qt::AlignVCenter);
@@ -145,7 +139,7 @@ QWidget* ColorEditor::buttons() {
     if (onAccept) onAccept();
   };
   auto* row = new QWidget;
-  auto* items = plainLayout<QHBoxLayout>(row, itemSpacing);
+  auto* items = controls::plainLayout<QHBoxLayout>(row, itemSpacing);
   items->addStretch();
   items->addWidget(cancel);
   items->addWidget(accept);

@@ -5,6 +5,7 @@
 #include <QVBoxLayout>
 
 #include "controls/label.h"
+#include "controls/layout.h"
 #include "controls/plain_button.h"
 #include "controls/reveal.h"
 #include "controls/symbol_image.h"
@@ -39,14 +40,6 @@ constexpr controls::TextStyle captionStyle{
 constexpr controls::TextStyle resetStyle{.size = 10, .weight = QFont::DemiBold, .color = TextColor::accent};
 constexpr controls::TextStyle wellStyle{.size = 11, .color = TextColor::secondary};
 
-template <typename Layout>
-Layout* plainLayout(QWidget* widget, int gap) {
-  auto* layout = new Layout(widget);
-  layout->setContentsMargins({});
-  layout->setSpacing(gap);
-  return layout;
-}
-
 Palette::RGB& skinEntry(Palette& palette, std::size_t index) {
   Palette::RGB* const entries[] = {&palette.skinOn, &palette.skinGreen, &palette.skinPink};
   return *entries[index];
@@ -66,7 +59,7 @@ PaletteEditor::PaletteEditor(desktop::Desktop& desktop, const Palette& palette, 
     : QWidget(parent), desktop_(desktop), palette_(palette), mode_(mode), turn_(0, [this] {
         if (chevron_) chevron_->setRotation(90 * turn_.value());
       }) {
-  plainLayout<QVBoxLayout>(this, 0);
+  controls::plainLayout<QVBoxLayout>(this, 0);
   rebuild();
 }
 
@@ -105,7 +98,7 @@ void PaletteEditor::rebuild() {
   wells_.clear();
   if (mode_ == Mode::original) return updateGeometry();
   content_ = new QWidget;
-  auto* items = plainLayout<QVBoxLayout>(content_, 0);
+  auto* items = controls::plainLayout<QVBoxLayout>(content_, 0);
   items->setContentsMargins(0, padding - headerReach, 0, padding - headerReach);
   items->addWidget(headerRow());
   QWidget* wells = mode_ == Mode::skin ? skinWells() : heatWells();
@@ -137,7 +130,7 @@ void PaletteEditor::refreshPreview() {
 
 QWidget* PaletteEditor::headerRow() {
   auto* label = new QWidget;
-  auto* items = plainLayout<QHBoxLayout>(label, headerSpacing);
+  auto* items = controls::plainLayout<QHBoxLayout>(label, headerSpacing);
   chevron_ = new controls::SymbolImage("chevron.right", 9, TextColor::secondary, desktop::SymbolWeight::bold);
   chevron_->setRotation(90 * turn_.value());
   items->addWidget(chevron_, 0, Qt::AlignVCenter);
@@ -162,7 +155,7 @@ QWidget* PaletteEditor::headerRow() {
   reset_->onClick = [this] { write(Palette::standard()); };
 
   auto* row = new QWidget;
-  auto* rowItems = plainLayout<QHBoxLayout>(row, spacing);
+  auto* rowItems = controls::plainLayout<QHBoxLayout>(row, spacing);
   rowItems->addWidget(disclosure, 0, Qt::AlignVCenter);
   rowItems->addStretch();
   rowItems->addWidget(reset_, 0, Qt::AlignVCenter);
@@ -171,7 +164,7 @@ QWidget* PaletteEditor::headerRow() {
 
 QWidget* PaletteEditor::preview() {
   auto* preview = new QWidget;
-  auto* items = plainLayout<QHBoxLayout>(preview, previewSpacing);
+  auto* items = controls::plainLayout<QHBoxLayout>(preview, previewSpacing);
   const bool skin = mode_ == Mode::skin;
   for (int i = 0; i < (skin ? 3 : 1); ++i) {
     previewPatches_.push_back(new ColorPatch(skin ? skinPatch : heatBar, patchRadius));
@@ -183,7 +176,7 @@ QWidget* PaletteEditor::preview() {
 QWidget* PaletteEditor::skinWells() {
   constexpr const char* labels[] = {"On the skin line", "Drifting green", "Drifting pink"};
   auto* wells = new QWidget;
-  auto* rows = plainLayout<QVBoxLayout>(wells, spacing);
+  auto* rows = controls::plainLayout<QVBoxLayout>(wells, spacing);
   rows->setContentsMargins(0, wellsPaddingAbove - headerReach, 0, wellsPaddingBelow + headerReach);
   for (std::size_t i = 0; i < std::size(labels); ++i)
     rows->addWidget(well(QString::fromLatin1(labels[i]), skinEntry, i));
@@ -218,7 +211,7 @@ QWidget* PaletteEditor::well(const QString& label, Entry entry, std::size_t inde
   wells_.push_back({view, entry, index});
 
   auto* row = new QWidget;
-  auto* items = plainLayout<QHBoxLayout>(row, spacing);
+  auto* items = controls::plainLayout<QHBoxLayout>(row, spacing);
   items->addWidget(view, 0, Qt::AlignVCenter);
   items->addWidget(new Label(label, wellStyle, TextFit::shrink), 0, Qt::AlignVCenter);
   items->addStretch();

@@ -10,6 +10,7 @@
 #include "analysis/views/metal_texture_view.h"
 #include "controls/hairline.h"
 #include "controls/label.h"
+#include "controls/layout.h"
 #include "controls/mini_slider.h"
 #include "controls/plain_button.h"
 #include "controls/segmented_picker.h"
@@ -40,14 +41,6 @@ constexpr QMargins padding(16, 22, 16, 12);
 constexpr TextStyle smallText{.size = 11, .color = TextColor::secondary};
 constexpr TextStyle smallDigits{.size = 11, .color = TextColor::secondary, .face = Face::tabular};
 
-template <typename Layout>
-Layout* bare(QWidget* widget, int spacing = 0) {
-  auto* layout = new Layout(widget);
-  layout->setContentsMargins({});
-  layout->setSpacing(spacing);
-  return layout;
-}
-
 SymbolImage* smallSymbol(std::string_view name) {
   return new SymbolImage(name, smallText.size, smallText.color);
 }
@@ -71,7 +64,7 @@ ScopesView::ScopesView(AppState& state, CaptureManager& capture, double scopeWid
       desktop_(desktop),
       scopeWidth_(roundHalfAway(scopeWidth)),
       legendHeight_(roundHalfAway(legendHeight)) {
-  auto* column = bare<QVBoxLayout>(this);
+  auto* column = controls::plainLayout<QVBoxLayout>(this);
   column->setContentsMargins(padding);
   column->addWidget(header());
   column->addWidget(modeTabs());
@@ -98,11 +91,11 @@ QWidget* ScopesView::header() {
     if (state_.togglePanel) state_.togglePanel();
   };
   auto* result = new QWidget;
-  auto* layers = bare<QGridLayout>(result);
-  auto* titleBox = bare<QVBoxLayout>(nullptr);
+  auto* layers = controls::plainLayout<QGridLayout>(result);
+  auto* titleBox = controls::plainLayout<QVBoxLayout>(nullptr);
   titleBox->setContentsMargins(0, 6, 0, 16);
   titleBox->addWidget(title);
-  auto* hideBox = bare<QVBoxLayout>(nullptr);
+  auto* hideBox = controls::plainLayout<QVBoxLayout>(nullptr);
   hideBox->setContentsMargins(0, 2, 0, 0);
   hideBox->addWidget(hide);
   layers->addLayout(titleBox, 0, 0);
@@ -120,7 +113,7 @@ QWidget* ScopesView::hairline() { return new controls::Hairline; }
 
 QWidget* ScopesView::controls() {
   auto* result = new QWidget;
-  auto* column = bare<QVBoxLayout>(result, 10);
+  auto* column = controls::plainLayout<QVBoxLayout>(result, 10);
   column->setContentsMargins(0, 12, 0, 12);
   column->addWidget(regionRow());
   column->addWidget(opacityRow());
@@ -133,11 +126,11 @@ QWidget* ScopesView::regionRow() {
   lock_ = new controls::Switch(QStringLiteral("Lock"));
   lock_->setToolTip(QStringLiteral("The loupe stops taking the mouse — clicks go to the app below."));
   lock_->onChange = [this](bool on) { state_.setLocked(on); };
-  auto* label = bare<QHBoxLayout>(nullptr, 6);
+  auto* label = controls::plainLayout<QHBoxLayout>(nullptr, 6);
   label->addWidget(smallSymbol("viewfinder"));
   label->addWidget(region_);
   auto* result = new QWidget;
-  auto* row = bare<QHBoxLayout>(result, 12);
+  auto* row = controls::plainLayout<QHBoxLayout>(result, 12);
   row->addLayout(label);
   row->addStretch();
   row->addWidget(lock_);
@@ -153,7 +146,7 @@ QWidget* ScopesView::opacityRow() {
   percentage_->setFixedWidth(34);
   percentage_->setAlignment(Qt::AlignRight);
   auto* result = new QWidget;
-  auto* row = bare<QHBoxLayout>(result, 10);
+  auto* row = controls::plainLayout<QHBoxLayout>(result, 10);
   row->addWidget(smallSymbol("circle.lefthalf.filled"));
   row->addWidget(opacity_, 1);
   row->addWidget(percentage_);
@@ -166,7 +159,7 @@ QWidget* ScopesView::rateRow() {
   rate_->setAccessibleName(QStringLiteral("Frames per second"));
   rate_->onChange = [this](int fps) { state_.setFps(fps); };
   auto* result = new QWidget;
-  auto* row = bare<QHBoxLayout>(result, 10);
+  auto* row = controls::plainLayout<QHBoxLayout>(result, 10);
   row->addWidget(smallSymbol("gauge.with.dots.needle.33percent"));
   row->addWidget(rate_, 1);
   row->addWidget(new Label(QStringLiteral("fps"), smallText));
@@ -187,7 +180,7 @@ QWidget* ScopesView::scrollArea() {
 
 QWidget* ScopesView::scopes() {
   auto* result = new QWidget;
-  auto* column = bare<QVBoxLayout>(result, static_cast<int>(scopes_geometry::scopeGap));
+  auto* column = controls::plainLayout<QVBoxLayout>(result, static_cast<int>(scopes_geometry::scopeGap));
   column->setContentsMargins(0, 14, 0, 14);
   const auto add = [column](QWidget* scope) { column->addWidget(scope, 0, Qt::AlignHCenter); };
   add(scope(scopes_geometry::vectorscopeAspect, &MetalProcessor::vectorscope, new VectorscopeGraticule));
@@ -221,7 +214,7 @@ QWidget* ScopesView::legend() {
   shortcut_->setAlignment(Qt::AlignHCenter);
   error_ = new ErrorBlock;
   auto* result = new QWidget;
-  auto* column = bare<QVBoxLayout>(result, 6);
+  auto* column = controls::plainLayout<QVBoxLayout>(result, 6);
   column->setContentsMargins(0, 12, 0, 0);
   column->addWidget(legendView_);
   column->addWidget(shortcut_);

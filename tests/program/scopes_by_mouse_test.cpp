@@ -1,6 +1,11 @@
 // The scopes panel in the hand of a user, with the whole program behind it.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <memory>
+
+#include <xcb/xcb.h>
+
 #include "program/stage.h"
 #include "support/main_loop.h"
 
@@ -27,7 +32,8 @@ class ScopesByMouseTest : public testing::TestWithParam<Surroundings> {
 
   testing::AssertionResult showsPanelAt(DevicePoint place) {
     const bool composed = GetParam() == Surroundings::windowManagerAndCompositor;
-    return stage_.shows(place, composed ? QColor(0x28, 0x28, 0x28) : QColor(0x1E, 0x1E, 0x1E), composed ? 2 : 0);
+    return stage_.shows(place, composed ? QColor(0x28, 0x28, 0x28) : QColor(0x1E, 0x1E, 0x1E),
+                        composed ? 2 : 0);
   }
   testing::AssertionResult showsDesktopAt(DevicePoint place) {
     return stage_.shows(place, QColor::fromRgb(middleGrey));
@@ -42,14 +48,27 @@ class ScopesByMouseTest : public testing::TestWithParam<Surroundings> {
 
   // Grey lies in the middle of the vectorscope. Of the graticule nothing is blue.
   bool showsTrace() {
-    const QImage image = stage_.screenshot().copy(aroundScopeCentre.x, aroundScopeCentre.y, aroundScopeCentre.width,
-                                                  aroundScopeCentre.height);
+    const QImage image = stage_.screenshot().copy(aroundScopeCentre.x, aroundScopeCentre.y,
+                                                  aroundScopeCentre.width, aroundScopeCentre.height);
     for (int y = 0; y < image.height(); ++y) {
       for (int x = 0; x < image.width(); ++x) {
         if (image.pixelColor(x, y).blue() > 140) return true;
       }
     }
     return false;
+  }
+
+  bool mouseIsFree() {
+    xcb_connection_t* server = stage_.painter().raw();
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(server)).data->root;
+    const auto grab = xcb_grab_pointer(server, 0, root, 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, XCB_NONE,
+                                       XCB_NONE, XCB_CURRENT_TIME);
+    const std::unique_ptr<xcb_grab_pointer_reply_t, decltype(&std::free)> reply(
+        xcb_grab_pointer_reply(server, grab, nullptr), &std::free);
+    if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS) return false;
+    xcb_ungrab_pointer(server, XCB_CURRENT_TIME);
+    stage_.painter().sync();
+    return true;
   }
 
   Stage stage_{GetParam()};
@@ -85,6 +104,7 @@ TEST_P(ScopesByMouseTest, ItShowsTheScopesSetsTheModeComesAndGoesAndEndsTheProgr
   }
   stage_.mouse().release();
   EXPECT_TRUE(showsDesktopAt({1270, 400}));
+  EXPECT_TRUE(waitUntil([&] { return mouseIsFree(); })) << "the window manager has let go";
   stage_.mouse().click({closeButton.x - 60, closeButton.y});
   EXPECT_EQ(velicor.waitForExit(), 0);
   EXPECT_NE(velicor.settings().find("\"mode\": 2"), std::string::npos) << velicor.settings();
