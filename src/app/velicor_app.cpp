@@ -50,7 +50,7 @@ std::optional<std::string> refusal() {
 
 QString text(std::string_view utf8) { return QString::fromStdString(std::string(utf8)); }
 
-// Tooltips are the only windows that the toolkit paints for us.
+// Tooltips are painted by the toolkit, in these colours.
 void dressTooltips() {
   QPalette colours = QToolTip::palette();
   colours.setColor(QPalette::ToolTipBase, look::panelGround);
