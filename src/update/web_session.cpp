@@ -17,8 +17,9 @@ namespace {
 constexpr std::string_view errorDomain = "velicor.web";
 enum ErrorCode { timedOut = 1, redirected, cutOff, cancelled, unreachable };
 
-// How much the library reads ahead of us.
-constexpr qint64 readAhead = 256 * 1024;
+// The pieces that a body is taken in. The library gets no limit for what it reads ahead: with one, it forgets
+// the last bytes of an encrypted body when the server closes at once, and the transfer stalls.
+constexpr qint64 pieceSize = 256 * 1024;
 constexpr int mostRedirections = 5;
 
 tl::unexpected<Error> failed(ErrorCode code, std::string_view description) {
@@ -66,7 +67,6 @@ class WebSession::Transfer : public QObject {
   void start(QNetworkAccessManager& network) {
     begun_ = lastSign_ = clock_.now();
     reply_ = network.get(libraryRequest(request_));
-    reply_->setReadBufferSize(readAhead);
     connect(reply_, &QNetworkReply::metaDataChanged, this, &Transfer::noteSign);
     connect(reply_, &QNetworkReply::readyRead, this, &Transfer::takePieces);
     connect(reply_, &QNetworkReply::redirected, this, &Transfer::follow);
@@ -83,7 +83,7 @@ class WebSession::Transfer : public QObject {
     noteSign();
     const int status = statusOf(*reply_);
     while (reply_ && reply_->bytesAvailable() > 0) {
-      const QByteArray piece = reply_->read(readAhead);
+      const QByteArray piece = reply_->read(pieceSize);
       received_ += piece.size();
       if (const Status taken = request_.receive(status, piece); !taken) end(tl::unexpected(taken.error()));
     }
