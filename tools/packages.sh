@@ -1,17 +1,22 @@
-# Sourced by ./run and ./test: sees to it that every package of packaging/debian-packages is installed.
+# Sourced by ./run, ./test and benchmarks/beside_peers: sees to it that the packages of packaging/debian-packages are
+# installed.
 
+# velicor_packages TOP [PART…]: what everybody needs, and the parts asked for.
 velicor_packages() {
-  sed 's/#.*//' "$1/packaging/debian-packages" | awk 'NF { print $1 }'
+  sed 's/#.*//' "$1/packaging/debian-packages" |
+    awk -v parts=" ${*:2} " '/^\[/ { skip = !index(parts, " " substr($1, 2, length($1) - 2) " "); next }
+                             NF && !skip { print $1 }'
 }
 
-# Installs what is missing, as root or through sudo; without either, prints the one line to run and fails.
+# velicor_install_packages TOP [PART…]: installs what is missing, as root or through sudo; without either, prints the
+# one line to run and fails.
 velicor_install_packages() {
   local top=$1 package missing=()
   if ! command -v apt-get >/dev/null; then
     echo "Velicor's packages go by their Debian names; install what $top/packaging/debian-packages lists." >&2
     return 1
   fi
-  for package in $(velicor_packages "$top"); do
+  for package in $(velicor_packages "$@"); do
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
   done
   [ ${#missing[@]} -gt 0 ] || return 0
