@@ -6,7 +6,7 @@
 #include <cstring>
 #include <random>
 
-namespace velicor::bench {
+namespace velicor::benchmarks {
 
 namespace {
 
@@ -92,4 +92,4 @@ PixelBufferRef makePicture(Picture picture, int width, int height) {
   return frame;
 }
 
-}  // namespace velicor::bench
+}  // namespace velicor::benchmarks

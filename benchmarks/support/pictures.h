@@ -6,7 +6,7 @@
 
 // What is measured on. Speeds depend on the content (how many counters a picture touches, how well branches
 // are foreseen), so that everything is measured on all of these.
-namespace velicor::bench {
+namespace velicor::benchmarks {
 
 enum class Picture {
   flat,        // one colour
@@ -22,4 +22,4 @@ const char* nameOf(Picture picture);
 // The same pixels at every call. Alpha bytes are anything.
 PixelBufferRef makePicture(Picture picture, int width, int height);
 
-}  // namespace velicor::bench
+}  // namespace velicor::benchmarks
