@@ -13,7 +13,7 @@
 namespace {
 
 using namespace velicor;
-using bench::Picture;
+using benchmarks::Picture;
 using Mode = MetalProcessor::Mode;
 
 void analyse(benchmark::State& state, Mode mode, Picture picture, gpu::Extent size) {
@@ -22,7 +22,7 @@ void analyse(benchmark::State& state, Mode mode, Picture picture, gpu::Extent si
   const auto processor = MetalProcessor::create(device);
   processor->mode = mode;
   processor->scopeDivider = 1;
-  const PixelBufferRef frame = bench::makePicture(picture, size.width, size.height);
+  const PixelBufferRef frame = benchmarks::makePicture(picture, size.width, size.height);
   for (const auto& iteration : state) {
     static_cast<void>(iteration);
     processor->ingest(frame);
@@ -38,7 +38,7 @@ void analyse(benchmark::State& state, Mode mode, Picture picture, gpu::Extent si
 void registerAll() {
   for (const gpu::Extent size : {gpu::Extent{640, 400}, gpu::Extent{1920, 1080}}) {
     for (const auto& [mode, modeName] : {std::pair(Mode::skin, "skin"), std::pair(Mode::exposure, "exposure")}) {
-      for (const Picture picture : bench::allPictures) {
+      for (const Picture picture : benchmarks::allPictures) {
         const std::string name = std::to_string(size.width) + "x" + std::to_string(size.height) + "/" + modeName +
                                  "/" + std::string(nameOf(picture));
         benchmark::RegisterBenchmark(name.c_str(), analyse, mode, picture, size)
