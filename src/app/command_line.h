@@ -1,14 +1,21 @@
 #pragma once
 
-#include <optional>
+#include <cstdint>
 
 namespace velicor {
 
-// The exit status after options that don't exist (EX_USAGE).
-inline constexpr int exitUsage = 64;
+// What a start of the program is to do, itself or by the one that runs already, to which it goes as its number.
+enum class Wish : std::uint32_t { show, toggle, original, skin, exposure, quit };
 
-// Answers --help and --version on standard output; says in one line on standard error which argument is unknown.
-// The exit code where the program ends with that, none where it is to run. Needs no display.
-std::optional<int> answerCommandLine(int argc, const char* const* argv);
+struct CommandLine {
+  enum class Task { run, diagnose, end };
+  Task task = Task::run;
+  Wish wish = Wish::show;  // of a task to run
+  int exitCode = 0;        // of a task to end
+};
+
+// Answers --help and --version on standard output; says in one line on standard error what is wrong with the
+// arguments. Needs no display.
+CommandLine readCommandLine(int argc, const char* const* argv);
 
 }  // namespace velicor

@@ -1,7 +1,10 @@
 #include "app/velicor_app.h"
 
 #include <csignal>
+#include <cstdint>
+#include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <QApplication>
@@ -14,8 +17,9 @@
 #include "app/app_state.h"
 #include "app/command_line.h"
 #include "app/server_loss.h"
+#include "app/wishes.h"
+#include "diagnostics/system_report.h"
 #include "menubar/hot_key.h"
-#include "menubar/menu_bar_controller.h"
 #include "platform/base/product.h"
 #include "platform/desktop/application.h"
 #include "platform/desktop/desktop.h"
@@ -39,14 +43,6 @@
 namespace velicor {
 
 namespace {
-
-// The reason why the program can't run here, if there is one. Asked before the toolkit, which would end the
-// process in its own way.
-std::optional<std::string> refusal() {
-  if (auto reason = x11::waylandRefusal(x11::sessionEnvironment())) return reason;
-  const auto connection = x11::Connection::open();
-  return connection ? x11::waylandRefusal(**connection) : std::optional(connection.error().description);
-}
 
 QString text(std::string_view utf8) { return QString::fromStdString(std::string(utf8)); }
 
@@ -89,14 +85,41 @@ int unavailable(const std::string& reason) {
   return x11::exitUnavailable;
 }
 
-int live(dispatch::TerminationSignals& termination) {
+// The exit code where there is nothing to start: the program can't run here, or another one runs and has been told
+// the wish. Asked before the toolkit, which would take its time, and would end the process in its own way.
+std::optional<int> settled(Wish wish) {
+  if (const auto reason = x11::waylandRefusal(x11::sessionEnvironment())) return unavailable(*reason);
+  const auto connection = x11::Connection::open();
+  if (!connection) return unavailable(connection.error().description);
+  if (const auto reason = x11::waylandRefusal(**connection)) return unavailable(*reason);
+  if (SingleInstance::tell(**connection, product::name, static_cast<std::uint32_t>(wish))) return 0;
+  if (wish != Wish::quit) return std::nullopt;
+  log::general("nothing to end: it doesn't run on this display");
+  return 0;
+}
+
+// Beside another one that runs, and without a display too.
+int describeSurroundings(int argc, char** argv) {
+  gpu::findGraphicsProcessors();
+  const auto connection = x11::Connection::open();
+  std::unique_ptr<QCoreApplication> toolkit;
+  if (connection) {
+    toolkit = std::make_unique<QApplication>(argc, argv);
+  } else {
+    toolkit = std::make_unique<QCoreApplication>(argc, argv);
+  }
+  std::cout << systemReport(connection) << std::flush;
+  return 0;
+}
+
+int live(dispatch::TerminationSignals& termination, Wish wish) {
   const AttachedMainQueue mainQueue;
   // Before the first window of ours exists.
   auto service = screencapture::makeX11Service({}, x11::OwnClients::shared(), ServerLoss::endProcess);
   if (!service) return unavailable(service.error().description);
   const auto desktop = desktop::Desktop::open();
   if (!desktop) return unavailable(desktop.error().description);
-  const auto instance = SingleInstance::claim(**desktop, product::name);
+  const auto instance = SingleInstance::claim(**desktop, product::name, static_cast<std::uint32_t>(wish));
   if (!instance) return 0;
 
   settings::Settings settings(settings::userFile(), dispatch::systemClock());
@@ -111,12 +134,11 @@ int live(dispatch::TerminationSignals& termination) {
   const updates::Installation updateChecks(settings, (*desktop)->screens());
   const AboutPanel::Installation about(**desktop);
   AppDelegate delegate(**desktop, settings, dispatch::systemClock());
-  const Subscription wanted = instance->wanted.subscribe([] {
-    if (const auto menuBar = AppDelegate::menuBar.lock()) menuBar->bringBack();
-  });
+  const Subscription wanted = instance->wanted.subscribe(fulfil);
   saveAtSessionEnd(settings);
   termination.deliverTo(desktop::terminate);
   delegate.applicationDidFinishLaunching();
+  if (const auto mode = modeOf(wish)) AppState::shared().setMode(*mode);
   const int result = QApplication::exec();
   delegate.applicationWillTerminate();
   return result;
@@ -125,16 +147,18 @@ int live(dispatch::TerminationSignals& termination) {
 }  // namespace
 
 int VelicorApp::run(int argc, char** argv) {
-  if (const auto answered = answerCommandLine(argc, argv)) return *answered;
+  const CommandLine line = readCommandLine(argc, argv);
+  if (line.task == CommandLine::Task::end) return line.exitCode;
   // A server that hangs up is an error of the request that finds it gone, not the end.
   std::signal(SIGPIPE, SIG_IGN);
-  dispatch::TerminationSignals termination;
-  if (const auto reason = refusal()) return unavailable(*reason);
-  gpu::findGraphicsProcessors();
   qputenv("QT_QPA_PLATFORM", "xcb");
+  if (line.task == CommandLine::Task::diagnose) return describeSurroundings(argc, argv);
+  dispatch::TerminationSignals termination;
+  if (const auto code = settled(line.wish)) return *code;
+  gpu::findGraphicsProcessors();
   QApplication application(argc, argv);
   describeApplication();
-  return live(termination);
+  return live(termination, line.wish);
 }
 
 }  // namespace velicor

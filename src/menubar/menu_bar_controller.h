@@ -52,6 +52,9 @@ class MenuBarController {
   void hide();
   void show();
 
+  // Whichever of the two changes something.
+  void toggle();
+
   // What another start of the program wants: all of it on the screen and in front, but a scopes panel that the
   // user has hidden.
   void bringBack();
@@ -71,7 +74,6 @@ class MenuBarController {
 
   void watchState();
   void scheduleDockExit();
-  void toggle();
   void addModes(desktop::Menu& menu);
 
   AppState& state_;

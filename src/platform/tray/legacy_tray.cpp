@@ -1,21 +1,13 @@
 #include "platform/tray/legacy_tray.h"
 
-#include <string>
 #include <utility>
 
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/display_server.h"
+#include "platform/tray/status_area.h"
 #include "platform/x11/properties.h"
 
 namespace velicor::tray {
-
-namespace {
-
-xcb_atom_t traySelection(x11::Connection& connection) {
-  return connection.intern("_NET_SYSTEM_TRAY_S" + std::to_string(connection.screenNumber()));
-}
-
-}  // namespace
 
 LegacyTray::LegacyTray(desktop::Desktop& desktop, const QString& title, const TemplateIcon& icon,
                        std::function<void()> clicked)

@@ -6,27 +6,16 @@
 #include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
-#include <QDBusVariant>
+
+#include "platform/tray/status_area.h"
 
 namespace velicor::tray {
 
 namespace {
 
-const QString watcherName = QStringLiteral("org.kde.StatusNotifierWatcher");
-const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
-
 QString uniqueName() {
   static int made = 0;
   return QStringLiteral("velicor-status-item-%1").arg(++made);
-}
-
-// Nobody is to be started only to be asked.
-QDBusMessage request(const QString& interface, const char* method, const QVariantList& arguments) {
-  QDBusMessage message =
-      QDBusMessage::createMethodCall(watcherName, watcherPath, interface, QLatin1String(method));
-  message.setArguments(arguments);
-  message.setAutoStartService(false);
-  return message;
 }
 
 // Calls the handler with the answer, unless the context has gone by then.
@@ -75,7 +64,7 @@ void StatusNotifier::watch() {
 
 void StatusNotifier::offer() {
   const QDBusPendingCall call =
-      bus_.asyncCall(request(watcherName, "RegisterStatusNotifierItem", {bus_.baseService()}));
+      bus_.asyncCall(watcherCall(watcherName, "RegisterStatusNotifierItem", {bus_.baseService()}));
   whenAnswered(call, replies_, [this](const QDBusMessage& answer) {
     if (answer.type() == QDBusMessage::ErrorMessage) return setPresence(Presence::noBusOrWatcher);
     askForHost();
@@ -83,14 +72,8 @@ void StatusNotifier::offer() {
 }
 
 void StatusNotifier::askForHost() {
-  const QDBusPendingCall call =
-      bus_.asyncCall(request(QStringLiteral("org.freedesktop.DBus.Properties"), "Get",
-                             {watcherName, QStringLiteral("IsStatusNotifierHostRegistered")}));
-  whenAnswered(call, replies_, [this](const QDBusMessage& answer) {
-    // Some that show items themselves have no such property.
-    const bool known = answer.type() == QDBusMessage::ReplyMessage;
-    const bool shown = !known || answer.arguments().value(0).value<QDBusVariant>().variant().toBool();
-    setPresence(shown ? Presence::shown : Presence::noHost);
+  whenAnswered(bus_.asyncCall(questionForHost()), replies_, [this](const QDBusMessage& answer) {
+    setPresence(namesHost(answer) ? Presence::shown : Presence::noHost);
   });
 }
 
