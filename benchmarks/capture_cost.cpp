@@ -25,7 +25,8 @@
 // What a captured frame costs, in processor time of this process's capture thread and of the X server, beside a
 // plain copy of the same rectangle of the root window at the same rate; for several scenes and sizes. A window
 // under ours changes 30 times a second throughout; what the server spends on that alone is subtracted. Prints the
-// medians of several rounds as a table.
+// medians of several rounds as a table. A width as argument measures that size only, a scene's number after it
+// that scene.
 namespace {
 
 using namespace velicor;
@@ -229,8 +230,10 @@ int main(int argc, char** argv) {
   const QCoreApplication application(argc, argv);
   dispatch::MainQueue::shared().attach();
   std::puts("| | root copy, client + server µs | stream, client + server µs | ratio |\n|---|---|---|---|");
+  const auto wanted = [&](int place, int value) { return argc <= place || std::atoi(argv[place]) == value; };
   for (const auto& [width, height] : sizes) {
     for (const auto& [scene, name] : scenes) {
+      if (!wanted(1, width) || !wanted(2, static_cast<int>(scene))) continue;
       Bench bench(scene, width, height);
       measure(bench, name, width, height);
     }

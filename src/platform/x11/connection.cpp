@@ -102,12 +102,26 @@ Status Connection::check(xcb_void_cookie_t cookie) {
   return tl::make_unexpected(explain(std::move(error)));
 }
 
-Owned<xcb_generic_event_t> Connection::nextEvent() {
-  while (Owned<xcb_generic_event_t> event{xcb_poll_for_event(raw_)}) {
+Owned<xcb_generic_event_t> Connection::nextEvent() { return next(xcb_poll_for_event); }
+
+Owned<xcb_generic_event_t> Connection::queuedEvent() { return next(xcb_poll_for_queued_event); }
+
+Owned<xcb_generic_event_t> Connection::next(Poll* poll) {
+  while (true) {
+    Owned<xcb_generic_event_t> event = takePeeked();
+    if (!event) event.reset(poll(raw_));
+    if (!event) break;
     if (event->response_type != 0) return event;
     if (onError_) onError_(*reinterpret_cast<const xcb_generic_error_t*>(event.get()));
   }
   if (isLost()) noticeLoss();
+  return nullptr;
+}
+
+Owned<xcb_generic_event_t> Connection::takePeeked() {
+  if (taken_ < peeked_.size()) return std::move(peeked_[taken_++]);
+  peeked_.clear();
+  taken_ = 0;
   return nullptr;
 }
 

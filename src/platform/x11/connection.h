@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 #include <xcb/xcb.h>
 
@@ -84,6 +86,19 @@ class Connection {
   // The next event, or none when none waits. Reads what has arrived, never blocks.
   Owned<xcb_generic_event_t> nextEvent();
 
+  // The same of what has been read already: no system call.
+  Owned<xcb_generic_event_t> queuedEvent();
+
+  // Shows the events that have been read already, in their order, without taking them.
+  template <typename Look>
+  void peekEvents(Look look) {
+    while (Owned<xcb_generic_event_t> event{xcb_poll_for_queued_event(raw_)})
+      peeked_.push_back(std::move(event));
+    for (std::size_t i = taken_; i < peeked_.size(); ++i) {
+      if (peeked_[i]->response_type != 0) look(std::as_const(*peeked_[i]));
+    }
+  }
+
   void flush() { xcb_flush(raw_); }
 
   // Receives the errors of requests that nobody waited for, in their order among the events.
@@ -101,6 +116,9 @@ class Connection {
  private:
   Connection(xcb_connection_t* raw, int screenNumber, OwnClients& own);
 
+  using Poll = xcb_generic_event_t*(xcb_connection_t*);
+  Owned<xcb_generic_event_t> next(Poll* poll);
+  Owned<xcb_generic_event_t> takePeeked();
   Error explain(Owned<xcb_generic_error_t> error);
   void noticeLoss();
 
@@ -110,6 +128,8 @@ class Connection {
   OwnClients& own_;
   Extensions extensions_;
   Atoms atoms_;
+  std::vector<Owned<xcb_generic_event_t>> peeked_;  // those from taken_ on come before what xcb still has
+  std::size_t taken_ = 0;
   ErrorHandler onError_;
   std::function<void()> onLoss_;
 };

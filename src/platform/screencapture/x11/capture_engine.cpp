@@ -25,6 +25,9 @@ constexpr const char* threadName = "velicor.x11cap";
 // is left over is caught up with before the next frame.
 constexpr int mostRounds = 4;
 
+// A connection that is lost meanwhile is noticed this much later.
+constexpr Duration longestSleep = std::chrono::milliseconds(150);
+
 constexpr Duration redirectPause = std::chrono::seconds(1);
 
 Error connectionLostError() {
@@ -68,13 +71,15 @@ std::optional<Error> CaptureEngine::prepare() {
 void CaptureEngine::run(std::stop_token stopping) {
   pthread_setname_np(pthread_self(), threadName);
   while (!stopping.stop_requested()) {
-    for (const Mailbox::Job& job : mailbox_->takeAll())
-      job();
+    if (std::exchange(hasMail_, false)) {
+      for (const Mailbox::Job& job : mailbox_->takeAll())
+        job();
+    }
     takeEvents();
     lookWhereDue();
     ended_.clear();
     // Replies may have taken in events that the descriptor does not show any more.
-    takeEvents();
+    takeReadEvents();
     wait(nextDue());
   }
   mailbox_->close();
@@ -88,13 +93,19 @@ void CaptureEngine::run(std::stop_token stopping) {
 void CaptureEngine::wait(std::optional<Instant> until) {
   if (!lost_) connection_->flush();
   std::array<pollfd, 2> files{{{mailbox_->fileDescriptor(), POLLIN, 0}, {-1, POLLIN, 0}}};
-  if (!lost_) files[1].fd = connection_->fileDescriptor();
-  timespec timeout{};
-  if (until) {
-    const Instant now = dispatch::systemClock().now();
-    timeout = timespecOf(*until <= now ? Duration::zero() : Duration(*until - now));
-  }
-  ppoll(files.data(), files.size(), until ? &timeout : nullptr, nullptr);
+  const Duration rest =
+      until ? std::max(Duration::zero(), Duration(*until - dispatch::systemClock().now())) : Duration::max();
+  if (!lost_ && !canSleepThroughEvents(rest)) files[1].fd = connection_->fileDescriptor();
+  const timespec timeout = timespecOf(rest);
+  hasMail_ =
+      ppoll(files.data(), files.size(), until ? &timeout : nullptr, nullptr) > 0 && files[0].revents != 0;
+}
+
+// Where every stream has its time already, no event can make one look earlier.
+bool CaptureEngine::canSleepThroughEvents(Duration rest) {
+  if (workers_.empty() || rest > longestSleep) return false;
+  return std::all_of(workers_.begin(), workers_.end(),
+                     [](const auto& worker) { return worker->due().has_value(); });
 }
 
 std::optional<CaptureEngine::Instant> CaptureEngine::nextDue() {
@@ -107,8 +118,15 @@ std::optional<CaptureEngine::Instant> CaptureEngine::nextDue() {
 }
 
 void CaptureEngine::takeEvents() {
+  takeReadEvents();
   if (lost_) return;
-  while (const auto event = connection_->nextEvent())
+  if (const auto event = connection_->nextEvent()) take(*event);
+  takeReadEvents();
+}
+
+void CaptureEngine::takeReadEvents() {
+  if (lost_) return;
+  while (const auto event = connection_->queuedEvent())
     take(*event);
   if (!connection_->isLost()) return;
   lost_ = true;
@@ -138,7 +156,7 @@ void CaptureEngine::catchUp() {
     if (std::exchange(monitorsOutdated_, false)) readMonitors();
     if (watcher_->isOutdated()) watcher_->refresh();
     refreshFilters();
-    takeEvents();
+    takeReadEvents();
     if (lost_ || (!watcher_->isOutdated() && !monitorsOutdated_)) return;
   }
 }
@@ -194,7 +212,7 @@ void CaptureEngine::lookWhereDue() {
 
 void CaptureEngine::look(StreamWorker& worker, Instant now) {
   const Status looked = worker.look(now);
-  takeEvents();
+  takeReadEvents();
   if (lost_) return;
   if (!looked) return end(worker, looked.error());
   checkRefusals(worker, now);

@@ -52,7 +52,11 @@ class CaptureEngine {
   void wait(std::optional<Instant> until);
   std::optional<Instant> nextDue();
 
+  bool canSleepThroughEvents(dispatch::Duration rest);
+
+  // All that have arrived, or only those that a reply has brought along already.
   void takeEvents();
+  void takeReadEvents();
   void take(const xcb_generic_event_t& event);
   void take(const xcb_generic_error_t& error);
   void catchUp();
@@ -78,6 +82,7 @@ class CaptureEngine {
   std::vector<x11::Monitor> monitors_;
   bool monitorsOutdated_ = true;
   bool lost_ = false;
+  bool hasMail_ = true;
   unsigned filteredRevision_ = 0;  // of the stack, when filters were last looked at
   unsigned filteredClients_ = 0;   // generation of our own clients then
   std::optional<Instant> lastRedirect_;

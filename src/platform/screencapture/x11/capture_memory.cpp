@@ -5,6 +5,12 @@
 
 namespace velicor::screencapture {
 
+Rows Rows::united(const Rows& other) const {
+  if (isEmpty()) return other;
+  if (other.isEmpty()) return *this;
+  return {std::min(top, other.top), std::max(bottom, other.bottom)};
+}
+
 Segment::Segment(std::byte* bytes, std::size_t size, std::uint32_t serverId, Unmap unmap)
     : bytes_(bytes), size_(size), serverId_(serverId), unmap_(std::move(unmap)) {}
 
@@ -13,7 +19,7 @@ Segment::~Segment() {
 }
 
 SegmentPool::SegmentPool(SegmentSource& source, int depth, std::function<void()> onFree)
-    : source_(source), depth_(depth), hunger_(std::make_shared<Hunger>()) {
+    : source_(source), depth_(depth), hunger_(std::make_shared<Segment::Hunger>()) {
   hunger_->onFree = std::move(onFree);
 }
 
@@ -23,8 +29,10 @@ SegmentPool::~SegmentPool() {
 }
 
 int SegmentPool::inUse() const {
-  return static_cast<int>(std::count_if(segments_.begin(), segments_.end(),
-                                        [](const auto& segment) { return segment->inUse_.load(); }));
+  int sum = 0;
+  for (const auto& segment : segments_)
+    sum += segment->frames_.load() + (segment->taken_ ? 1 : 0);
+  return sum;
 }
 
 bool SegmentPool::hasFree() {
@@ -38,7 +46,7 @@ bool SegmentPool::hasFree() {
 std::shared_ptr<Segment> SegmentPool::pickFree() {
   const auto firstFree = [this](bool lastToo) {
     return std::find_if(segments_.begin(), segments_.end(), [this, lastToo](const auto& segment) {
-      return !segment->inUse_.load() && (lastToo || segment != last_);
+      return !segment->taken_ && segment->frames_.load() == 0 && (lastToo || segment != last_);
     });
   };
   auto place = firstFree(false);
@@ -59,23 +67,41 @@ std::shared_ptr<Segment> SegmentPool::acquire(std::size_t size) {
   if (!segment) {
     segment = source_.make(size);
     if (!segment) return nullptr;
+    segment->hunger_ = hunger_;
     segments_.push_back(segment);
   }
   if (segment == last_) last_ = nullptr;
-  segment->inUse_ = true;
+  segment->taken_ = true;
   return segment;
+}
+
+void SegmentPool::written(const std::shared_ptr<Segment>& segment, const Rows& changed) {
+  for (const auto& each : segments_)
+    each->outdated_ = each->outdated_.united(changed);
+  segment->outdated_ = {};
 }
 
 PixelBufferRef SegmentPool::publish(const std::shared_ptr<Segment>& segment, int width, int height) {
   last_ = segment;
-  const auto release = [segment, hunger = hunger_] {
-    segment->inUse_ = false;
-    if (hunger->waiting.exchange(false)) hunger->onFree();
+  segment->taken_ = false;
+  return frameOf(segment, width, height);
+}
+
+PixelBufferRef SegmentPool::publishLast(int width, int height) {
+  return last_ && hasFree() ? frameOf(last_, width, height) : nullptr;
+}
+
+PixelBufferRef SegmentPool::frameOf(const std::shared_ptr<Segment>& segment, int width, int height) {
+  ++segment->frames_;
+  // The frame itself keeps the segment.
+  const auto release = [raw = segment.get()] {
+    --raw->frames_;
+    if (raw->hunger_->waiting.exchange(false)) raw->hunger_->onFree();
   };
   return std::make_shared<PixelBuffer>(width, height, static_cast<std::size_t>(width) * 4, segment->bytes(),
                                        release, segment);
 }
 
-void SegmentPool::giveBack(const std::shared_ptr<Segment>& segment) { segment->inUse_ = false; }
+void SegmentPool::giveBack(const std::shared_ptr<Segment>& segment) { segment->taken_ = false; }
 
 }  // namespace velicor::screencapture

@@ -1,15 +1,35 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <vector>
 
 #include "platform/base/pixel_buffer.h"
 
 namespace velicor::screencapture {
+
+// A band of a frame, from row `top` to before row `bottom`.
+struct Rows {
+  int top = 0;
+  int bottom = 0;
+
+  static constexpr Rows all() { return {0, std::numeric_limits<int>::max()}; }
+
+  bool isEmpty() const { return bottom <= top; }
+
+  // The smallest band that has both.
+  Rows united(const Rows& other) const;
+
+  // The common part.
+  Rows within(const Rows& other) const { return {std::max(top, other.top), std::min(bottom, other.bottom)}; }
+
+  friend bool operator==(const Rows&, const Rows&) = default;
+};
 
 // Memory for one frame, possibly shared with the X server.
 class Segment {
@@ -28,14 +48,26 @@ class Segment {
   // The server's name of the same memory; 0: the server does not know it.
   std::uint32_t serverId() const { return serverId_; }
 
+  // What has to be written to make it the newest frame; at first everything.
+  const Rows& outdated() const { return outdated_; }
+
  private:
   friend class SegmentPool;
+
+  // Who waits for a segment.
+  struct Hunger {
+    std::atomic<bool> waiting{false};
+    std::function<void()> onFree;
+  };
 
   std::byte* bytes_;
   std::size_t size_;
   std::uint32_t serverId_;
   Unmap unmap_;
-  std::atomic<bool> inUse_{false};
+  std::shared_ptr<Hunger> hunger_;
+  Rows outdated_ = Rows::all();
+  bool taken_ = false;          // being written
+  std::atomic<int> frames_{0};  // made of it and still there
 };
 
 // Where segments come from and go to. Used on the pool's thread only.
@@ -51,7 +83,7 @@ class SegmentSource {
 };
 
 // A fixed number of frames that may be in use at once. A segment is in use from acquire() until the last
-// reference to the frame made of it is gone, on whatever thread that happens; the pool itself belongs to one
+// reference to the frames made of it is gone, on whatever thread that happens; the pool itself belongs to one
 // thread, and frames may outlive it.
 class SegmentPool {
  public:
@@ -71,10 +103,17 @@ class SegmentPool {
   // Whether acquire() would find one that is not in use. Where not, `onFree` tells.
   bool hasFree();
 
+  // For a segment from acquire(): it was brought up to date, and these rows are other than in the frame
+  // before.
+  void written(const std::shared_ptr<Segment>& segment, const Rows& changed);
+
   // For a segment from acquire(): what was written is the frame now, and the last one.
   PixelBufferRef publish(const std::shared_ptr<Segment>& segment, int width, int height);
 
-  // For a segment from acquire(): nothing worth keeping was written.
+  // Another frame of the last one's memory; none where acquire() would give none, or there is no last one.
+  PixelBufferRef publishLast(int width, int height);
+
+  // For a segment from acquire(): it makes no frame.
   void giveBack(const std::shared_ptr<Segment>& segment);
 
   // The last frame's memory, for comparing; none before the first frame, and while acquire() had to hand it
@@ -82,17 +121,13 @@ class SegmentPool {
   const Segment* last() const { return last_.get(); }
 
  private:
-  struct Hunger {
-    std::atomic<bool> waiting{false};
-    std::function<void()> onFree;
-  };
-
+  PixelBufferRef frameOf(const std::shared_ptr<Segment>& segment, int width, int height);
   int inUse() const;
   std::shared_ptr<Segment> pickFree();
 
   SegmentSource& source_;
   int depth_;
-  std::shared_ptr<Hunger> hunger_;
+  std::shared_ptr<Segment::Hunger> hunger_;
   std::vector<std::shared_ptr<Segment>> segments_;
   std::shared_ptr<Segment> last_;
 };

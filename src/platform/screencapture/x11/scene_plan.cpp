@@ -42,7 +42,7 @@ Layer layerOf(const StackedWindow& window, const DeviceRect& screen, bool compos
 }
 
 bool covers(const Layer& layer, const DeviceRect& screen) {
-  return !layer.blended && !layer.shaped && layer.visible == screen;
+  return layer.isSolid() && layer.visible == screen;
 }
 
 }  // namespace

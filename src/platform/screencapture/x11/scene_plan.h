@@ -32,6 +32,9 @@ struct Layer {
   unsigned pixmapGeneration = 0;
   unsigned shapeGeneration = 0;
 
+  // Whether it hides what lies beneath its visible part.
+  bool isSolid() const { return !blended && !shaped; }
+
   friend bool operator==(const Layer&, const Layer&) = default;
 };
 

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <utility>
 
 #include <xcb/composite.h>
-#include <xcb/damage.h>
 #include <xcb/render.h>
 #include <xcb/shm.h>
 #include <xcb/xfixes.h>
@@ -24,15 +24,16 @@ xcb_rectangle_t rectangle(const DeviceRect& rect) {
   return {s16(rect.x), s16(rect.y), u16(rect.width), u16(rect.height)};
 }
 
-// Windows' own coordinates count from the inner corner of the border, their pixmaps' from the outer one.
-DeviceRect inWindow(const Layer& layer, const DeviceRect& rect) {
-  return rect.translatedBy(-layer.bounds.x - layer.border, -layer.bounds.y - layer.border);
-}
+Rows rowsOf(const DeviceRect& area) { return area.isEmpty() ? Rows{} : Rows{area.y, area.bottom()}; }
 
 }  // namespace
 
 SceneRenderer::SceneRenderer(x11::Connection& connection, const VisualFormats& formats)
-    : connection_(connection), formats_(formats), parts_(connection.newId()), inside_(connection.newId()) {
+    : connection_(connection),
+      formats_(formats),
+      damage_(connection),
+      parts_(connection.newId()),
+      inside_(connection.newId()) {
   xcb_xfixes_create_region(connection.raw(), parts_, 0, nullptr);
   xcb_xfixes_create_region(connection.raw(), inside_, 0, nullptr);
 }
@@ -45,39 +46,22 @@ SceneRenderer::~SceneRenderer() {
   xcb_xfixes_destroy_region(connection_.raw(), inside_);
 }
 
-void SceneRenderer::follow(const ScenePlan& plan) {
-  std::set<WindowId> wanted;
-  for (const Layer& layer : plan.layers)
-    wanted.insert(layer.id);
+void SceneRenderer::follow(ScenePlan plan) {
+  plan_ = std::move(plan);
+  isDrawn_ = false;
+  damage_.follow(plan_);
   for (auto entry = surfaces_.begin(); entry != surfaces_.end();) {
-    if (wanted.contains(entry->first)) {
-      ++entry;
-      continue;
-    }
-    release(entry->second);
-    entry = surfaces_.erase(entry);
-  }
-  for (const WindowId id : wanted) {
-    Surface& surface = surfaces_[id];
-    if (surface.damage != 0) continue;
-    surface.damage = connection_.newId();
-    xcb_damage_create(connection_.raw(), surface.damage, id, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
-    // It starts with the whole window, which is drawn anyway.
-    xcb_damage_subtract(connection_.raw(), surface.damage, XCB_NONE, XCB_NONE);
+    const bool wanted = std::any_of(plan_.layers.begin(), plan_.layers.end(),
+                                    [&](const Layer& layer) { return layer.id == entry->first; });
+    if (!wanted) release(entry->second);
+    entry = wanted ? std::next(entry) : surfaces_.erase(entry);
   }
 }
 
 bool SceneRenderer::take(const xcb_generic_event_t& event) {
-  if (x11::eventType(event) == XCB_DESTROY_NOTIFY) {
-    forget(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
-    return false;
-  }
-  if (x11::eventType(event) != connection_.extensions().damage.firstEvent + XCB_DAMAGE_NOTIFY) return false;
-  const auto& notify = reinterpret_cast<const xcb_damage_notify_event_t&>(event);
-  const auto entry = surfaces_.find(notify.drawable);
-  if (entry == surfaces_.end() || entry->second.damage != notify.damage) return false;
-  entry->second.damaged = true;
-  return true;
+  if (x11::eventType(event) != XCB_DESTROY_NOTIFY) return damage_.take(event);
+  forget(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+  return false;
 }
 
 bool SceneRenderer::take(const xcb_generic_error_t& error) {
@@ -90,53 +74,55 @@ bool SceneRenderer::take(const xcb_generic_error_t& error) {
     entry->second.picture = 0;
     entry->second.pixmapGeneration = 0;
   }
+  isDrawn_ = false;
   if (error.error_code == XCB_MATCH) refused_.insert(naming->second);
   return true;
 }
 
-// The server took the damage object along with the window; its identifier may soon be another window's.
 void SceneRenderer::forget(WindowId id) {
+  damage_.forget(id);
   const auto entry = surfaces_.find(id);
   if (entry == surfaces_.end()) return;
-  entry->second.damage = 0;
   release(entry->second);
   surfaces_.erase(entry);
 }
 
-bool SceneRenderer::drawnInside(const ScenePlan& plan) { return anyDrawn(askDrawn(plan)); }
-
-// Damage is taken off before the contents are read: what is drawn in between is told again, never lost.
-SceneRenderer::RegionCookies SceneRenderer::askDrawn(const ScenePlan& plan) {
-  RegionCookies cookies;
-  for (const Layer& layer : plan.layers) {
-    const auto entry = surfaces_.find(layer.id);
-    if (entry == surfaces_.end() || !std::exchange(entry->second.damaged, false)) continue;
-    const xcb_rectangle_t inside = rectangle(inWindow(layer, layer.visible));
-    xcb_damage_subtract(connection_.raw(), entry->second.damage, XCB_NONE, parts_);
-    xcb_xfixes_set_region(connection_.raw(), inside_, 1, &inside);
-    xcb_xfixes_intersect_region(connection_.raw(), parts_, inside_, parts_);
-    cookies.push_back(xcb_xfixes_fetch_region(connection_.raw(), parts_));
-  }
-  return cookies;
+bool SceneRenderer::isCurrent() {
+  damage_.takeOff(plan_);
+  return isDrawn_ && damage_.drawn() == DamageWatch::Drawn::no;
 }
 
-bool SceneRenderer::anyDrawn(const RegionCookies& cookies) {
-  bool any = false;
-  for (const auto cookie : cookies) {
-    const auto reply = connection_.reply(xcb_xfixes_fetch_region_reply, cookie);
-    any = any || (reply && (*reply)->extents.width > 0 && (*reply)->extents.height > 0);
-  }
-  return any;
+bool SceneRenderer::drawnInside() {
+  if (isCurrent()) return false;
+  damage_.ask();
+  damage_.hear();
+  return !isDrawn_ || damage_.drawn() == DamageWatch::Drawn::yes;
 }
 
-SceneRenderer::Drawing SceneRenderer::draw(const ScenePlan& plan, const Segment& segment) {
+SceneRenderer::Drawing SceneRenderer::draw(const Segment& segment) {
   namings_.clear();
-  const RegionCookies drawn = askDrawn(plan);
-  for (const Layer& layer : plan.layers)
+  damage_.takeOff(plan_);
+  const bool anew = !std::exchange(isDrawn_, true);
+  if (anew) canvasShows_ = false;
+  for (const Layer& layer : plan_.layers)
     prepare(layer);
-  // The copy fails when the window has just gone; composing leaves it out.
-  const bool done = (canCopy(plan) && copyDirectly(plan, segment)) || compose(plan, segment);
-  return {done, anyDrawn(drawn)};
+  const Task everything{wholeFrame(), rowsOf(wholeFrame())};
+  const DeviceRect area = anew ? everything.area : damage_.part();
+  Task task{area, rowsOf(area).united(segment.outdated()).within(everything.rows)};
+  bool done = canCopy() ? copyDirectly(task, segment) : compose(task, segment);
+  if (!done || damage_.isTorn(plan_, written_, fetched_)) {
+    // A copy fails when the window has just gone. What is composed at once is never torn.
+    canvasShows_ = false;
+    task = everything;
+    done = compose(task, segment);
+  }
+  damage_.hear();
+  const Drawing drawing{done, damage_.drawn() == DamageWatch::Drawn::yes,
+                        rowsOf(united(task.area, damage_.part()))};
+  damage_.captured();
+  // Nobody knows what has been lost.
+  if (!done) isDrawn_ = false;
+  return drawing;
 }
 
 std::vector<WindowId> SceneRenderer::takeRefused() {
@@ -193,7 +179,6 @@ void SceneRenderer::makePicture(Surface& surface, const Layer& layer) {
 void SceneRenderer::release(Surface& surface) {
   releaseContents(surface);
   if (surface.shape != 0) xcb_xfixes_destroy_region(connection_.raw(), surface.shape);
-  if (surface.damage != 0) xcb_damage_destroy(connection_.raw(), surface.damage);
 }
 
 void SceneRenderer::releaseContents(Surface& surface) {
@@ -209,98 +194,132 @@ void SceneRenderer::releaseCanvas() {
   xcb_free_pixmap(connection_.raw(), canvas_);
 }
 
-bool SceneRenderer::canCopy(const ScenePlan& plan) const {
-  if (plan.layers.size() != 1 || !plan.covered || !(plan.screen == plan.frame)) return false;
-  const VisualFormat* format = formats_.find(plan.layers.front().visual);
+bool SceneRenderer::canCopy() const {
+  if (plan_.layers.size() != 1 || !plan_.covered || !(plan_.screen == plan_.frame)) return false;
+  const VisualFormat* format = formats_.find(plan_.layers.front().visual);
   return format && format->plainBgra;
 }
 
-bool SceneRenderer::copyDirectly(const ScenePlan& plan, const Segment& segment) {
-  const Layer& layer = plan.layers.front();
-  const DevicePoint corner{plan.frame.x - layer.bounds.x, plan.frame.y - layer.bounds.y};
-  return fetch(surfaces_[layer.id].pixmap, corner, plan.frame, segment);
+bool SceneRenderer::copyDirectly(const Task& task, const Segment& segment) {
+  const Layer& layer = plan_.layers.front();
+  const DevicePoint corner{plan_.frame.x - layer.bounds.x, plan_.frame.y - layer.bounds.y};
+  canvasShows_ = false;
+  written_ = {0, task.rows.top, plan_.frame.width, task.rows.bottom - task.rows.top};
+  return fetch(surfaces_[layer.id].pixmap, corner, task.rows, segment);
 }
 
-bool SceneRenderer::compose(const ScenePlan& plan, const Segment& segment) {
-  ensureCanvas(plan.frame);
-  xcb_xfixes_set_picture_clip_region(connection_.raw(), canvasPicture_, XCB_NONE, 0, 0);
-  paintBackdrop(plan);
-  for (const Layer& layer : plan.layers) {
-    Surface& surface = surfaces_[layer.id];
-    makePicture(surface, layer);
-    if (surface.picture != 0) paint(plan, layer, surface);
-  }
-  return fetch(canvas_, {0, 0}, plan.frame, segment);
+bool SceneRenderer::compose(const Task& task, const Segment& segment) {
+  ensureCanvas();
+  written_ = canvasShows_ ? task.area : wholeFrame();
+  paintArea(written_);
+  canvasShows_ = fetch(canvas_, {0, 0}, task.rows, segment);
+  return canvasShows_;
 }
 
-void SceneRenderer::ensureCanvas(const DeviceRect& frame) {
+void SceneRenderer::ensureCanvas() {
+  const DeviceRect& frame = plan_.frame;
   if (canvas_ != 0 && canvasWidth_ == frame.width && canvasHeight_ == frame.height) return;
   releaseCanvas();
   canvas_ = connection_.newId();
   canvasPicture_ = connection_.newId();
   canvasWidth_ = frame.width;
   canvasHeight_ = frame.height;
+  canvasShows_ = false;
   xcb_create_pixmap(connection_.raw(), 32, canvas_, connection_.root(), u16(frame.width), u16(frame.height));
   xcb_render_create_picture(connection_.raw(), canvasPicture_, canvas_, formats_.bgraPictureFormat(), 0,
                             nullptr);
 }
 
-void SceneRenderer::paintBackdrop(const ScenePlan& plan) {
-  if (plan.covered && plan.screen == plan.frame) return;
-  const xcb_rectangle_t all = rectangle({0, 0, plan.frame.width, plan.frame.height});
-  xcb_render_fill_rectangles(connection_.raw(), XCB_RENDER_PICT_OP_SRC, canvasPicture_, black, 1, &all);
-  if (!plan.covered && plan.background.pixmap != 0 && !plan.screen.isEmpty()) paintTiles(plan);
+void SceneRenderer::paintArea(const DeviceRect& area) {
+  if (area.isEmpty()) return;
+  const DeviceRect place = onScreen(area);
+  auto layer = lowestNeeded(place);
+  if (layer == plan_.layers.end()) {
+    paintBackdrop(area);
+    layer = plan_.layers.begin();
+  }
+  for (; layer != plan_.layers.end(); ++layer) {
+    const DeviceRect part = layer->visible.intersection(place);
+    if (part.isEmpty()) continue;
+    Surface& surface = surfaces_[layer->id];
+    makePicture(surface, *layer);
+    if (surface.picture != 0) paint(*layer, surface, part);
+  }
 }
 
-void SceneRenderer::paintTiles(const ScenePlan& plan) {
+// The topmost layer that hides all beneath it at this place; the end where none does.
+std::vector<Layer>::const_iterator SceneRenderer::lowestNeeded(const DeviceRect& place) const {
+  const auto hides = [&](const Layer& layer) { return layer.isSolid() && layer.visible.contains(place); };
+  const auto found = std::find_if(plan_.layers.rbegin(), plan_.layers.rend(), hides);
+  return found == plan_.layers.rend() ? plan_.layers.end() : std::prev(found.base());
+}
+
+void SceneRenderer::paintBackdrop(const DeviceRect& area) {
+  const DeviceRect place = plan_.screen.intersection(onScreen(area));
+  const bool hidden = plan_.covered && place == onScreen(area);
+  if (hidden) return;
+  const xcb_rectangle_t all = rectangle(area);
+  xcb_render_fill_rectangles(connection_.raw(), XCB_RENDER_PICT_OP_SRC, canvasPicture_, black, 1, &all);
+  if (!plan_.covered && plan_.background.pixmap != 0 && !place.isEmpty()) paintTiles(place);
+}
+
+void SceneRenderer::paintTiles(const DeviceRect& place) {
   const VisualFormat* format = formats_.find(connection_.screen().root_visual);
   const std::uint32_t tiles = connection_.newId();
   const std::uint32_t repeat = XCB_RENDER_REPEAT_NORMAL;
-  xcb_render_create_picture(connection_.raw(), tiles, plan.background.pixmap, format->pictureFormat,
+  xcb_render_create_picture(connection_.raw(), tiles, plan_.background.pixmap, format->pictureFormat,
                             XCB_RENDER_CP_REPEAT, &repeat);
   xcb_render_composite(connection_.raw(), XCB_RENDER_PICT_OP_SRC, tiles, XCB_NONE, canvasPicture_,
-                       s16(plan.screen.x), s16(plan.screen.y), 0, 0, s16(plan.screen.x - plan.frame.x),
-                       s16(plan.screen.y - plan.frame.y), u16(plan.screen.width), u16(plan.screen.height));
+                       s16(place.x), s16(place.y), 0, 0, s16(place.x - plan_.frame.x),
+                       s16(place.y - plan_.frame.y), u16(place.width), u16(place.height));
   xcb_render_free_picture(connection_.raw(), tiles);
 }
 
-void SceneRenderer::paint(const ScenePlan& plan, const Layer& layer, const Surface& surface) {
+void SceneRenderer::paint(const Layer& layer, const Surface& surface, const DeviceRect& part) {
   xcb_connection_t* const c = connection_.raw();
   if (layer.shaped) {
     xcb_xfixes_set_picture_clip_region(c, canvasPicture_, surface.shape,
-                                       s16(layer.bounds.x + layer.border - plan.frame.x),
-                                       s16(layer.bounds.y + layer.border - plan.frame.y));
+                                       s16(layer.bounds.x + layer.border - plan_.frame.x),
+                                       s16(layer.bounds.y + layer.border - plan_.frame.y));
   }
   std::uint32_t mask = XCB_NONE;
   if (layer.opacity != fullyOpaque) {
     mask = connection_.newId();
     xcb_render_create_solid_fill(c, mask, {0, 0, 0, static_cast<std::uint16_t>(layer.opacity >> 16)});
   }
-  const DeviceRect& part = layer.visible;
   xcb_render_composite(c, layer.blended ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, surface.picture,
                        mask, canvasPicture_, s16(part.x - layer.bounds.x), s16(part.y - layer.bounds.y), 0, 0,
-                       s16(part.x - plan.frame.x), s16(part.y - plan.frame.y), u16(part.width),
+                       s16(part.x - plan_.frame.x), s16(part.y - plan_.frame.y), u16(part.width),
                        u16(part.height));
   if (mask != XCB_NONE) xcb_render_free_picture(c, mask);
   if (layer.shaped) xcb_xfixes_set_picture_clip_region(c, canvasPicture_, XCB_NONE, 0, 0);
 }
 
-bool SceneRenderer::fetch(xcb_drawable_t drawable, DevicePoint corner, const DeviceRect& frame,
+bool SceneRenderer::fetch(xcb_drawable_t drawable, DevicePoint corner, const Rows& rows,
                           const Segment& segment) {
   xcb_connection_t* const c = connection_.raw();
+  const std::size_t rowBytes = static_cast<std::size_t>(plan_.frame.width) * 4;
+  const std::size_t offset = rowBytes * static_cast<std::size_t>(rows.top);
+  const std::size_t size = rowBytes * static_cast<std::size_t>(rows.bottom - rows.top);
+  const std::int16_t x = s16(corner.x);
+  const std::int16_t y = s16(corner.y + rows.top);
+  const std::uint16_t width = u16(plan_.frame.width);
+  const std::uint16_t height = u16(rows.bottom - rows.top);
+  if (rows.isEmpty()) return true;
   if (segment.serverId() != 0) {
-    return connection_
-        .reply(xcb_shm_get_image_reply, xcb_shm_get_image(c, drawable, s16(corner.x), s16(corner.y),
-                                                          u16(frame.width), u16(frame.height), allPlanes,
-                                                          XCB_IMAGE_FORMAT_Z_PIXMAP, segment.serverId(), 0))
-        .has_value();
+    const auto cookie =
+        xcb_shm_get_image(c, drawable, x, y, width, height, allPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP,
+                          segment.serverId(), static_cast<std::uint32_t>(offset));
+    fetched_ = cookie.sequence;
+    damage_.ask();
+    return connection_.reply(xcb_shm_get_image_reply, cookie).has_value();
   }
-  const auto image = connection_.reply(
-      xcb_get_image_reply, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, s16(corner.x), s16(corner.y),
-                                         u16(frame.width), u16(frame.height), allPlanes));
-  const auto size = static_cast<std::size_t>(frame.width) * static_cast<std::size_t>(frame.height) * 4;
+  const auto cookie = xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, x, y, width, height, allPlanes);
+  fetched_ = cookie.sequence;
+  damage_.ask();
+  const auto image = connection_.reply(xcb_get_image_reply, cookie);
   if (!image || static_cast<std::size_t>(xcb_get_image_data_length(image->get())) < size) return false;
-  std::memcpy(segment.bytes(), xcb_get_image_data(image->get()), size);
+  std::memcpy(segment.bytes() + offset, xcb_get_image_data(image->get()), size);
   return true;
 }
 

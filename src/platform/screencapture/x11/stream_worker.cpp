@@ -43,6 +43,7 @@ StreamWorker::StreamWorker(const CaptureContext& context, std::shared_ptr<Delive
 
 void StreamWorker::setConfiguration(const StreamConfiguration& configuration) {
   configuration_ = configuration;
+  planned_.reset();
   pacer_.setInterval(durationOf(configuration.minimumFrameInterval));
   pool_.setDepth(configuration.queueDepth);
   pacer_.demandFrame();
@@ -51,12 +52,14 @@ void StreamWorker::setConfiguration(const StreamConfiguration& configuration) {
 void StreamWorker::setFilter(const ContentFilter& filter, const DeviceRect& monitor) {
   filter_ = filter;
   monitor_ = monitor;
+  planned_.reset();
   refreshFilter();
   pacer_.demandFrame();
 }
 
 void StreamWorker::setMonitor(const DeviceRect& monitor) {
   monitor_ = monitor;
+  planned_.reset();
   pacer_.stir();
 }
 
@@ -64,6 +67,7 @@ void StreamWorker::refreshFilter() {
   x11::ClientSet leftOut = context_.processes.clientsOf(filter_.excludedApplications);
   if (leftOut == leftOut_) return;
   leftOut_ = std::move(leftOut);
+  planned_.reset();
   pacer_.stir();
 }
 
@@ -78,46 +82,63 @@ std::optional<StreamWorker::Instant> StreamWorker::due() {
 }
 
 Status StreamWorker::look(Instant now) {
-  const ScenePlan scene = plan();
-  const bool rearranged = !shown_ || !(scene == *shown_);
-  renderer_.follow(scene);
-  if (rearranged || pacer_.owesFrame()) return makeFrame(now, scene, rearranged, false);
-  if (renderer_.drawnInside(scene)) return makeFrame(now, scene, false, true);
+  followScene();
+  if (!isShown_) return makeFrame(now);
+  if (pacer_.owesFrame()) return renderer_.isCurrent() && repeatFrame(now) ? Status() : makeFrame(now);
+  if (renderer_.drawnInside()) return makeFrame(now);
   sendIdle(now);
   return {};
 }
 
-ScenePlan StreamWorker::plan() const {
-  return planScene(context_.watcher.stack(),
-                   {frameRect(configuration_, monitor_), monitor_, leftOut_, context_.watcher.isComposited(),
-                    context_.watcher.background()});
+void StreamWorker::followScene() {
+  const Surroundings surroundings{context_.watcher.stack().revision(),
+                                  context_.watcher.background().generation};
+  if (planned_ == surroundings) return;
+  planned_ = surroundings;
+  ScenePlan plan =
+      planScene(context_.watcher.stack(), {frameRect(configuration_, monitor_), monitor_, leftOut_,
+                                           context_.watcher.isComposited(), context_.watcher.background()});
+  if (plan == renderer_.plan()) return;
+  isShown_ = false;
+  renderer_.follow(std::move(plan));
 }
 
-Status StreamWorker::makeFrame(Instant now, const ScenePlan& scene, bool rearranged, bool drawn) {
+Status StreamWorker::makeFrame(Instant now) {
   const std::shared_ptr<Segment> segment = pool_.acquire(frameSize(configuration_));
   if (!segment) {
     pacer_.skipped(now);
     return {};
   }
-  const SceneRenderer::Drawing drawing = renderer_.draw(scene, *segment);
+  const SceneRenderer::Drawing drawing = renderer_.draw(*segment);
+  pool_.written(segment, drawing.done ? drawing.changed : Rows::all());
   if (!drawing.done) {
     pool_.giveBack(segment);
     return skip(now);
   }
   failures_ = 0;
   // What was drawn may lie under an opaque neighbour.
-  if (!rearranged && !pacer_.owesFrame() && looksLikeLast(*segment)) {
+  if (isShown_ && !pacer_.owesFrame() && looksLikeLast(*segment, drawing.changed)) {
     pool_.giveBack(segment);
     sendIdle(now);
     return {};
   }
-  shown_ = scene;
-  const bool changed = rearranged || drawn || drawing.drawnInside || pacer_.isDemanded();
+  const bool changed = !std::exchange(isShown_, true) || drawing.drawnInside || pacer_.isDemanded();
   changed ? pacer_.changed(now) : pacer_.settled(now);
-  SampleBuffer sample{true, {{FrameStatus::complete}}, nullptr};
-  sample.imageBuffer = pool_.publish(segment, configuration_.width, configuration_.height);
-  delivery_->send(std::move(sample));
+  send(pool_.publish(segment, configuration_.width, configuration_.height));
   return {};
+}
+
+// Nothing was drawn since the last frame: the same memory makes the next one.
+bool StreamWorker::repeatFrame(Instant now) {
+  PixelBufferRef frame = pool_.publishLast(configuration_.width, configuration_.height);
+  if (!frame) return false;
+  pacer_.isDemanded() ? pacer_.changed(now) : pacer_.settled(now);
+  send(std::move(frame));
+  return true;
+}
+
+void StreamWorker::send(PixelBufferRef frame) {
+  delivery_->send({true, {{FrameStatus::complete}}, std::move(frame)});
 }
 
 Status StreamWorker::skip(Instant now) {
@@ -131,9 +152,13 @@ void StreamWorker::sendIdle(Instant now) {
   delivery_->send({true, {{FrameStatus::idle}}, nullptr});
 }
 
-bool StreamWorker::looksLikeLast(const Segment& segment) const {
+// Rows outside the changed ones are the same in both.
+bool StreamWorker::looksLikeLast(const Segment& segment, const Rows& changed) const {
   const Segment* last = pool_.last();
-  return last && std::memcmp(last->bytes(), segment.bytes(), frameSize(configuration_)) == 0;
+  const std::size_t row = static_cast<std::size_t>(configuration_.width) * 4;
+  const std::size_t begin = row * static_cast<std::size_t>(changed.top);
+  const std::size_t length = row * static_cast<std::size_t>(changed.bottom - changed.top);
+  return last && std::memcmp(last->bytes() + begin, segment.bytes() + begin, length) == 0;
 }
 
 }  // namespace velicor::screencapture

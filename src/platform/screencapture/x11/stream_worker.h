@@ -56,11 +56,20 @@ class StreamWorker {
   std::vector<WindowId> takeRefused() { return renderer_.takeRefused(); }
 
  private:
-  ScenePlan plan() const;
-  Status makeFrame(Instant now, const ScenePlan& plan, bool rearranged, bool drawn);
+  // What decides a plan besides the stream's own settings.
+  struct Surroundings {
+    unsigned stack = 0;
+    unsigned background = 0;
+    friend bool operator==(const Surroundings&, const Surroundings&) = default;
+  };
+
+  void followScene();
+  Status makeFrame(Instant now);
+  bool repeatFrame(Instant now);
+  void send(PixelBufferRef frame);
   Status skip(Instant now);
   void sendIdle(Instant now);
-  bool looksLikeLast(const Segment& segment) const;
+  bool looksLikeLast(const Segment& segment, const Rows& changed) const;
 
   CaptureContext context_;
   std::shared_ptr<Delivery> delivery_;
@@ -72,8 +81,9 @@ class StreamWorker {
   SceneRenderer renderer_;
   ServerMemory memory_;
   SegmentPool pool_;
-  std::optional<ScenePlan> shown_;  // the plan of the last frame
-  int failures_ = 0;                // in a row
+  std::optional<Surroundings> planned_;  // those of the renderer's plan; none: plan anew
+  bool isShown_ = false;                 // the last frame was made of that plan
+  int failures_ = 0;                     // in a row
 };
 
 }  // namespace velicor::screencapture
