@@ -10,11 +10,10 @@
 #include <QTextDocument>
 #include <QVBoxLayout>
 
+#include "app/application_icon.h"
 #include "app/running_version.h"
 #include "controls/label.h"
 #include "controls/utility_panel.h"
-#include "menubar/status_icon.h"
-#include "platform/desktop/continuous_corners.h"
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/look.h"
 #include "platform/desktop/typeface.h"
@@ -41,7 +40,6 @@ constexpr const char* credits =
     "Requires the Screen Recording permission. Frames are analyzed on the GPU and discarded immediately — Velicor "
     "records nothing, stores nothing and sends nothing anywhere.";
 
-// The program's sign on a dark tile.
 class Icon : public QWidget {
  public:
   Icon() { setFixedSize(iconSide, iconSide); }
@@ -49,12 +47,7 @@ class Icon : public QWidget {
  protected:
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillPath(desktop::continuousCorners(rect(), iconSide * 0.22), look::scopeGround);
-    constexpr double sign = iconSide * 0.75;
-    painter.translate((iconSide - sign) / 2, (iconSide - sign) / 2);
-    painter.scale(sign / status_icon::side, sign / status_icon::side);
-    status_icon::draw(painter, look::accent);
+    application_icon::draw(painter, iconSide);
   }
 };
 

@@ -92,10 +92,10 @@ std::string wrapped(std::string_view text, std::size_t column) {
   while (column + text.size() > lineWidth) {
     const std::size_t end = text.rfind(' ', lineWidth - column);
     if (end == std::string_view::npos) break;
-    result += std::string(text.substr(0, end)) + "\n" + std::string(column, ' ');
+    result.append(text.substr(0, end)).append("\n").append(column, ' ');
     text.remove_prefix(end + 1);
   }
-  return result + std::string(text) + "\n";
+  return result.append(text).append("\n");
 }
 
 std::string entry(std::string name, std::string_view text) {
@@ -124,7 +124,9 @@ OrComplaint<CommandLine> carriedOut(const Given& given) {
     case Option::Meaning::mode: return inMode(given.value);
     case Option::Meaning::quit: return wished(Wish::quit);
     case Option::Meaning::diagnose: return CommandLine{.task = CommandLine::Task::diagnose};
-    case Option::Meaning::help: std::cout << help() << std::flush; return ended(0);
+    case Option::Meaning::help:
+      std::cout << help() << std::flush;
+      return ended(0);
     case Option::Meaning::version:
       std::cout << product::name << ' ' << runningVersion() << std::endl;
       return ended(0);

@@ -15,6 +15,7 @@
 #include "app/about_panel.h"
 #include "app/app_delegate.h"
 #include "app/app_state.h"
+#include "app/application_icon.h"
 #include "app/command_line.h"
 #include "app/server_loss.h"
 #include "app/wishes.h"
@@ -59,6 +60,7 @@ void describeApplication() {
   QApplication::setApplicationName(text(product::name));
   QApplication::setApplicationVersion(text(product::version()));
   QApplication::setDesktopFileName(text(product::identifier));
+  QApplication::setWindowIcon(application_icon::make());
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(desktop::interfaceFont(12));
   dressTooltips();

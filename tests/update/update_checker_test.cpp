@@ -34,7 +34,7 @@ TEST_F(UpdateCheckerTest, FromTheQuestionToTheOpenedImage) {
 
   offer({{"notes", QJsonArray{"First", "Second"}}});
   EXPECT_EQ(shown(),
-            "Velicor 1.3 is available / You have 0.1.0. / • First / • Second / [Later] / [Download*]");
+            "Velicor 1.3 is available / " + youHave + " / • First / • Second / [Later] / [Download*]");
   EXPECT_THAT(site.requests.back(),
               testing::AllOf(HasSubstr("Cache-Control: no-cache"), HasSubstr("User-Agent: Velicor\r\n"),
                              testing::Not(HasSubstr("Cookie"))));
@@ -47,7 +47,7 @@ TEST_F(UpdateCheckerTest, FromTheQuestionToTheOpenedImage) {
     UpdateWindow::show();
     checker.download();
     ASSERT_TRUE(waitUntil([&] { return site.requests.size() > before; }));
-    EXPECT_EQ(shown(), "Velicor 1.3 is available / You have 0.1.0. / • First / • Second / Downloading…");
+    EXPECT_EQ(shown(), "Velicor 1.3 is available / " + youHave + " / • First / • Second / Downloading…");
     UpdateWindow::close();
     clock.advance(119s);
     site.sendMore(whole.last(5));
@@ -73,7 +73,7 @@ TEST_F(UpdateCheckerTest, FeedsThatOfferNothing) {
     serveFeed(answer);
     checker.checkNow();
     EXPECT_TRUE(reaches(Phase::upToDate));
-    EXPECT_EQ(shown(), "Velicor 0.1.0 is the latest version. / [OK*]");
+    EXPECT_EQ(shown(), "Velicor " + running + " is the latest version. / [OK*]");
   }
   EXPECT_THAT(log.lines(), IsEmpty());
   serveFeed(feed({{"url", "https://elsewhere.example/ü\u0085.dmg"}, {"minimumSystemVersion", "9999"}}));

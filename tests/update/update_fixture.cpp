@@ -15,7 +15,8 @@ namespace velicor::test {
 UpdateFixture::~UpdateFixture() { settle(); }
 
 QByteArray UpdateFixture::feed(const QJsonObject& changes) {
-  QJsonObject entry{{"version", "1.3"}, {"build", 2}, {"url", "https://velicor.example/Velicor-1.3.dmg"}};
+  const int nextBuild = std::stoi(std::string(product::build())) + 1;
+  QJsonObject entry{{"version", "1.3"}, {"build", nextBuild}, {"url", "https://velicor.example/Velicor-1.3.dmg"}};
   for (auto member = changes.begin(); member != changes.end(); ++member)
     entry[member.key()] = member.value();
   return WebSite::answer(QJsonDocument(entry).toJson());

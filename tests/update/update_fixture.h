@@ -10,6 +10,7 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+#include "platform/base/product.h"
 #include "platform/desktop/opener.h"
 #include "platform/desktop/screen.h"
 #include "platform/settings/settings.h"
@@ -20,6 +21,10 @@
 #include "update/web_site.h"
 
 namespace velicor::test {
+
+// The version that runs, and what the window says of it.
+inline const std::string running(product::version());
+inline const std::string youHave = "You have " + running + ".";
 
 struct FakeOpener : desktop::Opener {
   Status openUrl(const std::string& url) override { return open(url); }

@@ -37,7 +37,7 @@ TEST_F(UpdateWindowTest, IsOneWindowThatKeepsItsPlaceAndAnswersReturn) {
   offer({{"version", "<b>2"}});
   EXPECT_EQ(UpdateWindow::window(), window);
   const QPoint place = window->pos();
-  EXPECT_THAT(shown(), StartsWith("Velicor <b>2 is available / You have 0.1.0. / [Later]"));
+  EXPECT_THAT(shown(), StartsWith("Velicor <b>2 is available / " + youHave + " / [Later]"));
   EXPECT_EQ(window->height(), 220);
   click("Later");
   UpdateWindow::show();

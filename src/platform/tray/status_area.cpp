@@ -15,7 +15,7 @@ constexpr int patience = 1000;  // milliseconds for each answer
 bool isAnswer(const QDBusMessage& message) { return message.type() == QDBusMessage::ReplyMessage; }
 
 // None where nobody takes items.
-std::optional<StatusArea> onTheBus(QDBusConnection bus) {
+std::optional<StatusArea> onTheBus(const QDBusConnection& bus) {
   if (!bus.isConnected()) return std::nullopt;
   const QDBusMessage ping = watcherCall(QStringLiteral("org.freedesktop.DBus.Peer"), "Ping", {});
   if (!isAnswer(bus.call(ping, QDBus::Block, patience))) return std::nullopt;
