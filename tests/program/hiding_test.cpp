@@ -85,25 +85,6 @@ TEST_F(HidingTest, ASecondStartBringsTheFirstBack) {
   EXPECT_TRUE(isShown()) << "the first one is gone: " << third.log();
 }
 
-TEST(CommandLineTest, AnswersWithoutADisplay) {
-  const struct {
-    std::vector<std::string> arguments;
-    int code;
-    std::string output;
-    std::string log;
-  } cases[] = {{{"--help"}, 0, "Usage: velicor", ""},
-               {{"--version"}, 0, "Velicor 0.1.0\n", ""},
-               {{"--colour"}, 64, "", "velicor: unknown argument \"--colour\""},
-               {{"--version", "now"}, 64, "", "velicor: unknown argument \"now\""}};
-  for (const auto& expected : cases) {
-    RunningVelicor velicor({.display = "", .arguments = expected.arguments});
-    EXPECT_EQ(velicor.waitForExit(), expected.code) << expected.arguments.front();
-    EXPECT_EQ(velicor.output().substr(0, expected.output.size()), expected.output);
-    EXPECT_EQ(velicor.log().substr(0, expected.log.size()), expected.log);
-    EXPECT_EQ(expected.code == 0, velicor.log().empty());
-  }
-}
-
 // A message bus of its own, with what a desktop's panel does for status items.
 class StatusArea : public tray::BusObject {
  public:
