@@ -22,11 +22,11 @@
 #include "support/x_client.h"
 #include "support/x_server.h"
 
-// What a captured frame costs, in processor time of this process's capture thread and of the X server, beside a
-// plain copy of the same rectangle of the root window at the same rate; for several scenes and sizes. A window
-// under ours changes 30 times a second throughout; what the server spends on that alone is subtracted. Prints the
-// medians of several rounds as a table. A width as argument measures that size only, a scene's number after it
-// that scene.
+// What a captured frame costs, in processor time of this process's capture thread and of the X server, beside
+// a plain copy of the same rectangle of the root window at the same rate; for several scenes and sizes. A
+// window under ours changes 30 times a second throughout, once in a spot and once all over; what the server
+// spends on that alone is subtracted. Prints the medians of several rounds as a table. A width as argument
+// measures that size only, a scene's number after it that scene.
 namespace {
 
 using namespace velicor;
@@ -43,6 +43,9 @@ constexpr std::pair<Scene, const char*> scenes[] = {{Scene::covered, "one window
                                                     {Scene::beside, "one window and the backdrop"},
                                                     {Scene::four, "four windows and the backdrop"},
                                                     {Scene::blended, "the same with alpha and opacity"}};
+// How much of the window changes each time.
+constexpr std::pair<DeviceRect, const char*> changes[] = {{{20, 20, 40, 40}, "a spot"},
+                                                          {{0, 0, 2000, 1200}, "all of it"}};
 constexpr std::pair<int, int> sizes[] = {{350, 350}, {640, 400}, {1920, 1080}};
 
 double threadSeconds(const std::string& name) {
@@ -71,11 +74,12 @@ class Counter : public StreamOutput {
 };
 
 // Changes the window at the given rate; between the changes `each` runs.
-void animate(test::XClient& client, xcb_window_t window, const std::function<void()>& each) {
+void animate(test::XClient& client, xcb_window_t window, const DeviceRect& part,
+             const std::function<void()>& each) {
   const auto start = std::chrono::steady_clock::now();
   for (int i = 0; i < seconds * rate; ++i) {
     std::this_thread::sleep_until(start + std::chrono::microseconds(1000000 / rate) * i);
-    client.fill(window, {20, 20, 40, 40}, static_cast<std::uint32_t>(i));
+    client.fill(window, part, static_cast<std::uint32_t>(i));
     each();
   }
 }
@@ -93,8 +97,9 @@ double median(std::vector<double> values) {
 
 class Bench {
  public:
-  Bench(Scene scene, int width, int height)
+  Bench(Scene scene, int width, int height, const DeviceRect& change = {})
       : region_{corner.x, corner.y, width, height},
+        change_(change),
         service_(std::move(*makeX11Service(server_.name(), own_))),
         other_(server_.name()),
         ours_(server_.name()) {
@@ -109,7 +114,7 @@ class Bench {
   // What the server spends on the changes alone.
   double baseline() {
     const double before = server_.program().cpuSeconds();
-    animate(other_, window_, [] {});
+    animate(other_, window_, change_, [] {});
     return server_.program().cpuSeconds() - before;
   }
 
@@ -119,7 +124,7 @@ class Bench {
     const auto stream = start(queue, counter);
     const double server = server_.program().cpuSeconds();
     const double client = threadSeconds("velicor.x11cap");
-    animate(other_, window_, [] {});
+    animate(other_, window_, change_, [] {});
     const Cost cost{threadSeconds("velicor.x11cap") - client,
                     server_.program().cpuSeconds() - server - baseline, counter->frames};
     if (!QCoro::waitFor(stream->stopCapture())) std::abort();
@@ -134,11 +139,11 @@ class Bench {
     const auto word = [](int value) { return static_cast<std::uint16_t>(value); };
     const double server = server_.program().cpuSeconds();
     Cost cost;
-    animate(other_, window_, [&] {
+    animate(other_, window_, change_, [&] {
       const double before = thisThreadSeconds();
-      const auto cookie = xcb_shm_get_image(connection->raw(), connection->root(), corner.x, corner.y,
-                                            word(region_.width), word(region_.height), ~0U,
-                                            XCB_IMAGE_FORMAT_Z_PIXMAP, segment->serverId(), 0);
+      const auto cookie =
+          xcb_shm_get_image(connection->raw(), connection->root(), corner.x, corner.y, word(region_.width),
+                            word(region_.height), ~0U, XCB_IMAGE_FORMAT_Z_PIXMAP, segment->serverId(), 0);
       if (connection->reply(xcb_shm_get_image_reply, cookie)) ++cost.frames;
       cost.client += thisThreadSeconds() - before;
     });
@@ -196,6 +201,7 @@ class Bench {
   }
 
   DeviceRect region_;
+  DeviceRect change_;
   test::XServer server_{"2000x1200x24"};
   x11::OwnClients own_;
   std::unique_ptr<Service> service_;
@@ -207,7 +213,7 @@ class Bench {
 
 double microseconds(double total, const Cost& cost) { return total * 1e6 / std::max(1, cost.frames); }
 
-void measure(Bench& bench, const char* scene, int width, int height) {
+void measure(Bench& bench, const std::string& scene, int width, int height) {
   std::vector<double> columns[5];
   for (std::size_t round = 0; round < rounds; ++round) {
     const double baseline = bench.baseline();
@@ -219,8 +225,9 @@ void measure(Bench& bench, const char* scene, int width, int height) {
       columns[i].push_back(figures[i]);
     columns[4].push_back((figures[2] + figures[3]) / (figures[0] + figures[1]));
   }
-  std::printf("| %d × %d, %s | %.0f + %.0f | %.0f + %.0f | %.1f |\n", width, height, scene, median(columns[0]),
-              median(columns[1]), median(columns[2]), median(columns[3]), median(columns[4]));
+  std::printf("| %d × %d, %s | %.0f + %.0f | %.0f + %.0f | %.2f |\n", width, height, scene.c_str(),
+              median(columns[0]), median(columns[1]), median(columns[2]), median(columns[3]),
+              median(columns[4]));
   std::fflush(stdout);
 }
 
@@ -234,8 +241,10 @@ int main(int argc, char** argv) {
   for (const auto& [width, height] : sizes) {
     for (const auto& [scene, name] : scenes) {
       if (!wanted(1, width) || !wanted(2, static_cast<int>(scene))) continue;
-      Bench bench(scene, width, height);
-      measure(bench, name, width, height);
+      for (const auto& [change, how] : changes) {
+        Bench bench(scene, width, height, change);
+        measure(bench, std::string(name) + ", " + how, width, height);
+      }
     }
   }
   Bench(Scene::covered, 640, 400).measureStill();

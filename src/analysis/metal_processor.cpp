@@ -109,10 +109,28 @@ void MetalProcessor::setPalette(const Palette::Buffer& palette) {
 
 void MetalProcessor::reanalyze() {
   const std::scoped_lock guard(gpuLock_);
-  const auto commands = regionTexture_ && frames_ > lostFrames_ ? queue_->makeCommandBuffer() : nullptr;
+  if (!regionTexture_ || frames_ <= lostFrames_ || joinsReanalysis()) return;
+  const auto commands = queue_->makeCommandBuffer();
   if (!commands) return;
   encodeAnalysis(*commands, true);
+  commands->addCompletedHandler([weak = weak_from_this()](const gpu::CommandBuffer&) {
+    if (const auto self = weak.lock()) self->reanalysisDone();
+  });
+  reanalysis_ = Reanalysis::running;
   commands->commit();
+}
+
+// Whether one under way takes this call along.
+bool MetalProcessor::joinsReanalysis() {
+  auto seen = Reanalysis::running;
+  return reanalysis_.compare_exchange_strong(seen, Reanalysis::followed) || seen == Reanalysis::followed;
+}
+
+void MetalProcessor::reanalysisDone() {
+  if (reanalysis_.exchange(Reanalysis::none) != Reanalysis::followed) return;
+  dispatch::MainQueue::shared().async([weak = weak_from_this()] {
+    if (const auto self = weak.lock()) self->reanalyze();
+  });
 }
 
 void MetalProcessor::reset() {

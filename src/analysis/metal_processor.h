@@ -47,6 +47,8 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   void setPalette(const Palette::Buffer& palette);
 
   // Analyses the last frame again, scopes included; nothing without a frame, or where the device has lost it.
+  // While the device is still busy with an earlier call, calls are run into one that follows, with what is set
+  // by then: a slider that moves on a large frame leaves no queue behind.
   void reanalyze();
 
   // Forgets the frame, all results and the frame count, and calls both callbacks so that the views empty.
@@ -118,6 +120,9 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
                         const std::shared_ptr<gpu::Texture>& image);
   void dumpPictures();
 
+  bool joinsReanalysis();
+  void reanalysisDone();  // a device thread
+
   // The device's copy of this frame, or of one before, may have no contents. Any thread.
   void noteLost(std::uint64_t frame);
 
@@ -144,6 +149,10 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
 
   // Up to this one no frame can be analysed again.
   std::atomic<std::uint64_t> lostFrames_{0};
+
+  // Of calls of reanalyze(): none on the device, one there, one there and another to follow.
+  enum class Reanalysis { none, running, followed };
+  std::atomic<Reanalysis> reanalysis_{Reanalysis::none};
 
   // Grows with every reset: what was under way before is not published after it.
   std::atomic<std::uint64_t> session_{0};

@@ -32,7 +32,7 @@ SerialQueue::~SerialQueue() {
 void SerialQueue::async(Job job) {
   {
     const std::scoped_lock guard(mutex_);
-    jobs_.push_back(std::move(job));
+    jobs_.push(std::move(job));
   }
   changed_.notify_one();
 }
@@ -51,10 +51,9 @@ void SerialQueue::run() {
   }
   std::unique_lock guard(mutex_);
   while (true) {
-    changed_.wait(guard, [this] { return ending_ || !jobs_.empty(); });
-    if (jobs_.empty()) return;
-    Job job = std::move(jobs_.front());
-    jobs_.pop_front();
+    changed_.wait(guard, [this] { return ending_ || !jobs_.isEmpty(); });
+    if (jobs_.isEmpty()) return;
+    Job job = jobs_.pop();
     guard.unlock();
     job();
     job = nullptr;

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 #include <string>
 #include <thread>
 
 #include "platform/dispatch/main_queue.h"
+#include "platform/dispatch/ring.h"
 
 namespace velicor::dispatch {
 
@@ -39,7 +39,7 @@ class SerialQueue {
   const Priority priority_;
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::deque<Job> jobs_;
+  Ring<Job> jobs_;
   bool ending_ = false;
   std::thread thread_;
 };

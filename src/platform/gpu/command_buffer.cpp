@@ -2,23 +2,35 @@
 
 #include <utility>
 
+#include "platform/base/recycling.h"
 #include "platform/gpu/device.h"
 #include "platform/gpu/misuse.h"
 
 namespace velicor::gpu {
 
-CommandBuffer::CommandBuffer(std::shared_ptr<Device> device) : device_(std::move(device)) {}
+namespace {
+
+// Enough for an analysis with its handlers.
+constexpr std::size_t usualPasses = 8;
+constexpr std::size_t usualHandlers = 4;
+
+}  // namespace
+
+CommandBuffer::CommandBuffer(std::shared_ptr<Device> device) : device_(std::move(device)) {
+  passes_.reserve(usualPasses);
+  handlers_.reserve(usualHandlers);
+}
 
 std::shared_ptr<BlitEncoder> CommandBuffer::makeBlitEncoder() {
   requireRecording();
   if (!device_->accepts(Device::Work::blitEncoder)) return nullptr;
-  return std::make_shared<BlitEncoder>(shared_from_this());
+  return makeRecycled<BlitEncoder>(shared_from_this());
 }
 
 std::shared_ptr<ComputeEncoder> CommandBuffer::makeComputeEncoder() {
   requireRecording();
   if (!device_->accepts(Device::Work::computeEncoder)) return nullptr;
-  return std::make_shared<ComputeEncoder>(shared_from_this());
+  return makeRecycled<ComputeEncoder>(shared_from_this());
 }
 
 std::shared_ptr<RenderEncoder> CommandBuffer::makeRenderEncoder(RenderTarget target) {
@@ -26,7 +38,7 @@ std::shared_ptr<RenderEncoder> CommandBuffer::makeRenderEncoder(RenderTarget tar
   require(target.texture && target.texture->device() == device_, "a render target of no or another device");
   require(allows(target.texture->usage(), TextureUsage::renderTarget), "a texture that is no render target");
   if (!device_->accepts(Device::Work::renderEncoder)) return nullptr;
-  return std::make_shared<RenderEncoder>(shared_from_this(), std::move(target));
+  return makeRecycled<RenderEncoder>(shared_from_this(), std::move(target));
 }
 
 void CommandBuffer::present(std::shared_ptr<Drawable> drawable) {
@@ -94,7 +106,7 @@ void CommandBuffer::requireRecording() const {
 }
 
 std::shared_ptr<CommandBuffer> CommandQueue::makeCommandBuffer() {
-  return device_->accepts(Device::Work::commandBuffer) ? std::make_shared<CommandBuffer>(device_) : nullptr;
+  return device_->accepts(Device::Work::commandBuffer) ? makeRecycled<CommandBuffer>(device_) : nullptr;
 }
 
 }  // namespace velicor::gpu

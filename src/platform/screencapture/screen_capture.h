@@ -3,6 +3,7 @@
 #include <sys/types.h>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -94,11 +95,28 @@ struct SampleAttachment {
   std::optional<FrameStatus> status;
 };
 
+// The entry of a sample, or none. In the sample itself: samples are made many times a second.
+class SampleAttachments {
+ public:
+  SampleAttachments() = default;
+  SampleAttachments(std::initializer_list<SampleAttachment> entries) {
+    if (entries.size() > 0) entry_ = *entries.begin();
+  }
+
+  bool empty() const { return !entry_; }
+
+  // Not of empty ones.
+  const SampleAttachment& front() const { return *entry_; }
+
+ private:
+  std::optional<SampleAttachment> entry_;
+};
+
 // What a stream delivers at one tick.
 struct SampleBuffer {
   bool isValid = true;
-  std::vector<SampleAttachment> attachments;  // one entry, or none
-  PixelBufferRef imageBuffer;                 // none unless the status is complete
+  SampleAttachments attachments;
+  PixelBufferRef imageBuffer;  // none unless the status is complete
 };
 
 class Stream;

@@ -54,6 +54,9 @@ std::string requestName(const Extensions& all, const xcb_generic_error_t& error)
 
 constexpr std::uint8_t firstExtensionError = 128;
 
+// More events than usually come with one reply: taking in no more than these needs no memory.
+constexpr std::size_t usuallyPeeked = 64;
+
 }  // namespace
 
 Result<std::unique_ptr<Connection>> Connection::open(const std::string& displayName, OwnClients& own) {
@@ -83,6 +86,7 @@ Connection::Connection(xcb_connection_t* raw, int screenNumber, OwnClients& own)
       extensions_(negotiateExtensions(raw)),
       atoms_(raw, screenNumber) {
   own_.add(resourceIdBase(), resourceIdMask());
+  peeked_.reserve(usuallyPeeked);
 }
 
 Connection::~Connection() {

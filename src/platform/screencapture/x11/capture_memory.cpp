@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/base/recycling.h"
+
 namespace velicor::screencapture {
 
 Rows Rows::united(const Rows& other) const {
@@ -98,7 +100,7 @@ PixelBufferRef SegmentPool::frameOf(const std::shared_ptr<Segment>& segment, int
     --raw->frames_;
     if (raw->hunger_->waiting.exchange(false)) raw->hunger_->onFree();
   };
-  return std::make_shared<PixelBuffer>(width, height, static_cast<std::size_t>(width) * 4, segment->bytes(),
+  return makeRecycled<PixelBuffer>(width, height, static_cast<std::size_t>(width) * 4, segment->bytes(),
                                        release, segment);
 }
 

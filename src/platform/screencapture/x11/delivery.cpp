@@ -10,16 +10,23 @@ void Delivery::setOutput(std::weak_ptr<StreamOutput> output, dispatch::SerialQue
   queue_ = &queue;
 }
 
+// Nothing is allocated for a sample: the job is but a pointer.
 void Delivery::send(SampleBuffer sample) {
   const std::scoped_lock guard(mutex_);
   if (closed_ || !queue_) return;
-  queue_->async([self = shared_from_this(), sample = std::move(sample)] { self->hand(sample); });
+  waiting_.push(std::move(sample));
+  self_ = shared_from_this();
+  queue_->async([this] { handNext(); });
 }
 
-void Delivery::hand(const SampleBuffer& sample) {
+void Delivery::handNext() {
+  SampleBuffer sample;
+  std::shared_ptr<Delivery> self;
   std::shared_ptr<StreamOutput> output;
   {
     const std::scoped_lock guard(mutex_);
+    sample = waiting_.pop();
+    self = waiting_.isEmpty() ? std::move(self_) : self_;
     if (!closed_) output = output_.lock();
   }
   const std::shared_ptr<Stream> stream = stream_.lock();

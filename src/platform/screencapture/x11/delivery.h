@@ -30,7 +30,7 @@ class Delivery : public std::enable_shared_from_this<Delivery> {
   void closeAndDrain(dispatch::Completion<Status> done);
 
  private:
-  void hand(const SampleBuffer& sample);
+  void handNext();
 
   std::weak_ptr<StreamDelegate> delegate_;
   std::weak_ptr<Stream> stream_;
@@ -38,6 +38,8 @@ class Delivery : public std::enable_shared_from_this<Delivery> {
   std::weak_ptr<StreamOutput> output_;
   dispatch::SerialQueue* queue_ = nullptr;
   bool closed_ = false;
+  dispatch::Ring<SampleBuffer> waiting_;  // as many as jobs on the queue
+  std::shared_ptr<Delivery> self_;        // while there are any
 };
 
 }  // namespace velicor::screencapture

@@ -117,7 +117,7 @@ SceneRenderer::Drawing SceneRenderer::draw(const Segment& segment) {
     done = compose(task, segment);
   }
   damage_.hear();
-  const Drawing drawing{done, damage_.drawn() == DamageWatch::Drawn::yes,
+  const Drawing drawing{done, task.area == everything.area, damage_.drawn() == DamageWatch::Drawn::yes,
                         rowsOf(united(task.area, damage_.part()))};
   damage_.captured();
   // Nobody knows what has been lost.

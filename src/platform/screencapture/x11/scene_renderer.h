@@ -44,6 +44,7 @@ class SceneRenderer {
 
   struct Drawing {
     bool done = false;         // false: nothing came of it
+    bool isWhole = false;      // all of it was drawn
     bool drawnInside = false;  // as above, until just before this drawing
     Rows changed;              // outside these it is like the drawing before it
   };
@@ -51,6 +52,9 @@ class SceneRenderer {
   // Brings the segment, rows tightly packed, up to date. One round trip. Windows whose contents can't be had
   // are left out.
   Drawing draw(const Segment& segment);
+
+  // The next drawing keeps nothing of the one before.
+  void drawAnew() { isDrawn_ = false; }
 
   // Windows whose contents the server refused, although they should be there, since the last call.
   std::vector<WindowId> takeRefused();

@@ -84,7 +84,7 @@ std::optional<StreamWorker::Instant> StreamWorker::due() {
 Status StreamWorker::look(Instant now) {
   followScene();
   if (!isShown_) return makeFrame(now);
-  if (pacer_.owesFrame()) return renderer_.isCurrent() && repeatFrame(now) ? Status() : makeFrame(now);
+  if (pacer_.owesFrame()) return repeatFrame(now) ? Status() : makeFrame(now);
   if (renderer_.drawnInside()) return makeFrame(now);
   sendIdle(now);
   return {};
@@ -110,12 +110,13 @@ Status StreamWorker::makeFrame(Instant now) {
     return {};
   }
   const SceneRenderer::Drawing drawing = renderer_.draw(*segment);
-  pool_.written(segment, drawing.done ? drawing.changed : Rows::all());
   if (!drawing.done) {
     pool_.giveBack(segment);
     return skip(now);
   }
   failures_ = 0;
+  pool_.written(segment, drawing.changed);
+  isThorough_ = drawing.isWhole;
   // What was drawn may lie under an opaque neighbour.
   if (isShown_ && !pacer_.owesFrame() && looksLikeLast(*segment, drawing.changed)) {
     pool_.giveBack(segment);
@@ -128,8 +129,14 @@ Status StreamWorker::makeFrame(Instant now) {
   return {};
 }
 
-// Nothing was drawn since the last frame: the same memory makes the next one.
+// Where nothing was drawn since the last frame, the same memory makes the next one. What was put together of
+// parts is taken anew once: it then shows everything, also what no damage was reported for.
 bool StreamWorker::repeatFrame(Instant now) {
+  if (!renderer_.isCurrent()) return false;
+  if (!isThorough_) {
+    renderer_.drawAnew();
+    return false;
+  }
   PixelBufferRef frame = pool_.publishLast(configuration_.width, configuration_.height);
   if (!frame) return false;
   pacer_.isDemanded() ? pacer_.changed(now) : pacer_.settled(now);

@@ -83,6 +83,7 @@ class StreamWorker {
   SegmentPool pool_;
   std::optional<Surroundings> planned_;  // those of the renderer's plan; none: plan anew
   bool isShown_ = false;                 // the last frame was made of that plan
+  bool isThorough_ = false;              // the last frame was not put together of parts
   int failures_ = 0;                     // in a row
 };
 

@@ -1,0 +1,164 @@
+// The whole way of a frame, from the X server to the published pictures: what it allocates, and what happens
+// when a part of it stands still.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+
+#include <QCoroTask>
+
+#include "analysis/metal_processor.h"
+#include "capture/capture_manager.h"
+#include "platform/gpu/native/native_device.h"
+#include "platform/screencapture/x11/service.h"
+#include "support/allocation_count.h"
+#include "support/main_loop.h"
+#include "support/x_client.h"
+#include "support/x_server.h"
+
+namespace velicor::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int rate = 100;
+constexpr int rootHeight = 800;
+
+class FramePathTest : public testing::Test {
+ protected:
+  FramePathTest() {
+    ours_.joinOwn(own_);
+    screen_.displayID = QCoro::waitFor(service_->shareableContent({}))->displays.at(0).displayID;
+    screen_.frame = {0, 0, 1280, rootHeight};
+    window_ = other_.showColour({50, 50, 500, 400}, 0);
+    ours_.showColour({90, 90, 340, 260}, magenta);
+    processor_->onPreview = [this] { ++previews_; };
+    processor_->onScopes = [this] { ++scopes_; };
+    session_.setOnFrame([this](const PixelBufferRef& frame) {
+      ++frames_;
+      newest_ = std::to_integer<int>(frame->bytes()[0]);
+      processor_->ingest(frame);
+    });
+    session_.setFps(rate);
+    session_.updateRegion({100, rootHeight - 100 - 240, 320, 240}, screen_);
+    EXPECT_TRUE(waitUntil([&] { return frames_ >= 3 && previews_ == frames_; }));
+  }
+  ~FramePathTest() override { session_.setOnFrame({}); }
+
+  void paint(int blue) { other_.fill(window_, {0, 0, 500, 400}, static_cast<std::uint32_t>(blue)); }
+
+  // The window changes, and each picture is analysed before the next one comes.
+  void drive(int pictures) {
+    for (int i = 0; i < pictures; ++i) {
+      const int blue = 1 + i % 250;
+      paint(blue);
+      ASSERT_TRUE(waitUntil([&] { return newest_ == blue && previews_ == frames_; }));
+    }
+  }
+
+  XServer server_;
+  x11::OwnClients own_;
+  std::shared_ptr<screencapture::Service> service_ =
+      std::move(*screencapture::makeX11Service(server_.name(), own_));
+  XClient other_{server_.name()};
+  XClient ours_{server_.name()};
+  xcb_window_t window_ = 0;
+  desktop::Screen screen_;
+  std::shared_ptr<gpu::Device> device_ = gpu::makeNativeDevice();
+  std::shared_ptr<MetalProcessor> processor_ = MetalProcessor::create(device_);
+  std::atomic<int> frames_{0};
+  std::atomic<int> newest_{-1};
+  int previews_ = 0;
+  int scopes_ = 0;
+  CaptureManager session_{service_, dispatch::systemClock()};
+};
+
+// Holds the device up, behind the work that it has.
+class DeviceStop {
+ public:
+  explicit DeviceStop(gpu::Device& device) {
+    const auto commands = device.makeCommandQueue()->makeCommandBuffer();
+    commands->addCompletedHandler(
+        [released = release_.get_future().share()](const gpu::CommandBuffer&) { released.wait(); });
+    commands->commit();
+  }
+  ~DeviceStop() { release_.set_value(); }
+  DeviceStop(const DeviceStop&) = delete;
+  DeviceStop& operator=(const DeviceStop&) = delete;
+
+ private:
+  std::promise<void> release_;
+};
+
+TEST_F(FramePathTest, AllocatesNothingOnTheCaptureThread) {
+  processor_->scopeDivider = 2;
+  {
+    // As many frames at once as there can be.
+    const DeviceStop stop(*device_);
+    for (int blue = 1; blue <= 20; ++blue) {
+      paint(blue);
+      waitUntil([] { return false; }, 15ms);
+    }
+  }
+  drive(20);
+  const int before = frames_;
+  startCounting();
+  drive(200);
+  const auto counts = stopCounting();
+  const int analysed = frames_ - before;
+  ASSERT_GE(analysed, 200);
+  EXPECT_EQ(counts.at("velicor.x11cap"), 0);
+  // Encoding: the list of passes and their inline bytes, the handlers and the submission.
+  EXPECT_LE(counts.at("velicor.capture"), analysed * 25);
+  // The announcement on the main queue, and the event that wakes it up.
+  EXPECT_LE(counts.at("velicor.device"), analysed * 4);
+}
+
+// Calls of reanalyze() do not pile up either.
+TEST_F(FramePathTest, SkipsFramesWhileTheDeviceStands) {
+  processor_->scopeDivider = 1'000'000;
+  drive(5);
+  auto stop = std::make_unique<DeviceStop>(*device_);
+  const int frames = frames_;
+  const int scopes = scopes_;
+  for (int i = 1; i <= 60; ++i) {
+    paint(i);
+    processor_->reanalyze();
+    waitUntil([] { return false; }, 10ms);
+  }
+  EXPECT_LE(frames_ - frames, 3) << "no more than there are segments";
+  EXPECT_GE(frames_ - frames, 1);
+  EXPECT_EQ(scopes_, scopes);
+  stop = nullptr;
+  EXPECT_TRUE(waitUntil([&] { return newest_ == 60 && previews_ >= frames_; }));
+  settle();
+  EXPECT_LE(scopes_ - scopes, 2);
+  EXPECT_GE(scopes_ - scopes, 1);
+  EXPECT_LE(frames_ - frames, 12) << "what was missed is not made up for";
+}
+
+TEST_F(FramePathTest, MainThreadLivesWhileTheServerStands) {
+  drive(5);
+  paint(6);
+  server_.program().freeze();
+  const int frames = frames_;
+  for (int i = 0; i < 30; ++i) {
+    session_.updateRegion({100.0 + i, rootHeight - 100 - 240, 320, 240}, screen_);
+    session_.setFps(rate + i % 2);
+    processor_->reanalyze();
+    waitUntil([] { return false; }, 10ms);
+  }
+  session_.stop();
+  session_.resume();
+  settle();
+  EXPECT_LE(frames_ - frames, 3) << "those that were on their way";
+  server_.program().resume();
+  ASSERT_TRUE(waitUntil([&] { return session_.isRunning(); }));
+  paint(77);
+  EXPECT_TRUE(waitUntil([&] { return newest_ == 77; }));
+  settle();
+  EXPECT_LE(frames_ - frames, 15) << "what was missed is not made up for";
+}
+
+}  // namespace
+}  // namespace velicor::test

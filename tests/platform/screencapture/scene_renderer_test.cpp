@@ -1,0 +1,143 @@
+// What the renderer keeps between frames, on a real server: never other than a drawing from scratch, and not
+// touched by what is drawn elsewhere.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+
+#include "platform/screencapture/x11/redirection.h"
+#include "platform/screencapture/x11/scene_renderer.h"
+#include "platform/screencapture/x11/server_memory.h"
+#include "platform/screencapture/x11/stack_watcher.h"
+#include "support/x_client.h"
+#include "support/x_server.h"
+
+namespace velicor::screencapture {
+namespace {
+
+using velicor::test::XClient;
+
+constexpr DeviceRect frame{100, 100, 200, 150};
+constexpr std::size_t frameBytes = static_cast<std::size_t>(frame.width) * frame.height * 4;
+
+class SceneRendererTest : public testing::Test {
+ protected:
+  SceneRendererTest() { EXPECT_FALSE(redirectWindows(*connection_)); }
+
+  ScenePlan plan() {
+    while (const auto event = connection_->nextEvent())
+      watcher_.take(*event);
+    while (watcher_.isOutdated())
+      watcher_.refresh();
+    return planScene(watcher_.stack(), {frame, {0, 0, 1280, 800}, {}, watcher_.isComposited(), {}});
+  }
+
+  // All that has been asked for so far has been done, and its events are here.
+  void takeEvents(SceneRenderer& renderer) {
+    other_.sync();
+    connection_->intern("VELICOR_ROUND_TRIP");
+    while (const auto event = connection_->nextEvent())
+      renderer.take(*event);
+  }
+
+  // Requests that this sends.
+  template <typename Call>
+  unsigned requestsOf(Call call) {
+    const unsigned before = xcb_no_operation(connection_->raw()).sequence;
+    call();
+    return xcb_no_operation(connection_->raw()).sequence - before - 1;
+  }
+
+  // What the pool hands out, brought up to date.
+  SceneRenderer::Drawing draw(SceneRenderer& renderer, SegmentPool& pool, std::vector<std::byte>& picture) {
+    const auto segment = pool.acquire(frameBytes);
+    const auto drawing = renderer.draw(*segment);
+    pool.written(segment, drawing.changed);
+    picture.assign(segment->bytes(), segment->bytes() + frameBytes);
+    pool.publish(segment, frame.width, frame.height);
+    return drawing;
+  }
+
+  std::vector<std::byte> fromScratch() {
+    SceneRenderer fresh(*connection_, formats_);
+    fresh.follow(plan());
+    SegmentPool pool(memory_, 1, [] {});
+    std::vector<std::byte> picture;
+    EXPECT_TRUE(draw(fresh, pool, picture).done);
+    return picture;
+  }
+
+  test::XServer server_;
+  x11::OwnClients own_;
+  std::unique_ptr<x11::Connection> connection_ = std::move(*x11::Connection::open(server_.name(), own_));
+  VisualFormats formats_ = std::move(*VisualFormats::read(*connection_));
+  StackWatcher watcher_{*connection_, formats_};
+  ServerMemory memory_{*connection_};
+  XClient other_{server_.name()};
+};
+
+TEST_F(SceneRendererTest, KeepsWhatADrawingFromScratchShows) {
+  other_.takeSelection("_NET_WM_CM_S0");
+  std::vector<xcb_window_t> windows{other_.showPattern({80, 90, 120, 200}, {1}),
+                                    other_.showPattern({150, 120, 100, 80}, {2}, {.border = 3})};
+  windows.push_back(other_.makeWindow({90, 160, 180, 60}, {.alpha = true}));
+  other_.setColour(windows.back(), 0x80402010);
+  other_.setNumber(windows.back(), "_NET_WM_WINDOW_OPACITY", 0xc0000000);
+  other_.map(windows.back());
+  windows.push_back(other_.showPattern({220, 60, 150, 150}, {3}));
+  other_.shape(windows.back(), {10, 60, 40, 70});
+  other_.sync();
+
+  SceneRenderer renderer(*connection_, formats_);
+  renderer.follow(plan());
+  SegmentPool pool(memory_, 3, [] {});
+  std::vector<std::byte> picture;
+  std::mt19937 random(7);
+  const auto upTo = [&random](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
+  for (int round = 0; round < 200; ++round) {
+    for (int i = upTo(4); i > 0; --i) {
+      const DeviceRect place{upTo(170), upTo(170), 1 + upTo(60), 1 + upTo(40)};
+      other_.fill(windows[static_cast<std::size_t>(upTo(4))], place, static_cast<std::uint32_t>(random()));
+    }
+    takeEvents(renderer);
+    if (!renderer.isCurrent()) draw(renderer, pool, picture);
+    ASSERT_EQ(picture, fromScratch()) << round;
+  }
+}
+
+TEST_F(SceneRendererTest, AsksForNothingWhereNothingInsideWasDrawn) {
+  const xcb_window_t beside = other_.showPattern({50, 50, 400, 300}, {1});
+  const xcb_window_t beneath = other_.showPattern({90, 90, 300, 300}, {2});
+  const xcb_window_t top = other_.showPattern({90, 90, 300, 300}, {3});
+  SceneRenderer renderer(*connection_, formats_);
+  renderer.follow(plan());
+  SegmentPool pool(memory_, 3, [] {});
+  std::vector<std::byte> picture;
+  takeEvents(renderer);
+  for (int i = 0; i < 3; ++i)
+    ASSERT_TRUE(draw(renderer, pool, picture).done);
+
+  EXPECT_EQ(requestsOf([&] { EXPECT_FALSE(renderer.drawnInside()); }), 0u);
+  other_.fill(beside, {0, 0, 30, 30}, 1);
+  other_.fill(beneath, {20, 20, 30, 30}, 1);
+  takeEvents(renderer);
+  EXPECT_EQ(requestsOf([&] { EXPECT_FALSE(renderer.drawnInside()); }), 0u) << "windows that do not show";
+  other_.fill(top, {250, 200, 30, 30}, 1);
+  takeEvents(renderer);
+  EXPECT_EQ(requestsOf([&] { EXPECT_FALSE(renderer.drawnInside()); }), 1u) << "outside: it is taken off";
+  EXPECT_TRUE(renderer.isCurrent());
+  other_.fill(top, {250, 200, 30, 30}, 1);
+  other_.fill(top, {0, 0, 5, 5}, 1);
+  takeEvents(renderer);
+  EXPECT_LE(requestsOf([&] { EXPECT_FALSE(renderer.drawnInside()); }), 5u) << "around: one question";
+  EXPECT_TRUE(renderer.isCurrent());
+  other_.fill(top, {100, 50, 3, 3}, 1);
+  takeEvents(renderer);
+  EXPECT_FALSE(renderer.isCurrent());
+  // The picture itself, without composing it.
+  EXPECT_EQ(requestsOf([&] { EXPECT_EQ(draw(renderer, pool, picture).changed, (Rows{40, 43})); }), 1u);
+  EXPECT_EQ(picture, fromScratch());
+}
+
+}  // namespace
+}  // namespace velicor::screencapture
