@@ -35,8 +35,10 @@ gpu::InlineBytes inlineBytes(const T& value) {
 class Scene {
  public:
   Scene(benchmarks::Picture picture, gpu::Extent size)
-      : size_(size), wrapped_(device_->makeTextureCache()->texture(benchmarks::makePicture(picture, size.width, size.height),
-                                                     gpu::PixelFormat::bgra8Unorm, size.width, size.height)) {
+      : size_(size),
+        wrapped_(
+            device_->makeTextureCache()->texture(benchmarks::makePicture(picture, size.width, size.height),
+                                                 gpu::PixelFormat::bgra8Unorm, size.width, size.height)) {
     execute(copyOfFrame());
   }
 
@@ -90,18 +92,27 @@ class Scene {
   }
 
   std::vector<gpu::Pass> analysis() const {
-    return {falseColor(MetalProcessor::Mode::skin), clear(chroma_), clear(parade_), accumulation(), vectorscope(),
+    return {falseColor(MetalProcessor::Mode::skin),
+            clear(chroma_),
+            clear(parade_),
+            accumulation(),
+            vectorscope(),
             parade()};
   }
 
-  void execute(const gpu::Pass& pass) const { gpu::execute(pass); }
+  void execute(const gpu::Pass& pass) const {
+    static gpu::Crew crew(gpu::allThreads());
+    gpu::execute(pass, crew);
+  }
 
   std::size_t frameBytes() const {
-    return gpu::bytesPerPixel * static_cast<std::size_t>(size_.width) * static_cast<std::size_t>(size_.height);
+    return gpu::bytesPerPixel * static_cast<std::size_t>(size_.width) *
+           static_cast<std::size_t>(size_.height);
   }
 
  private:
-  std::shared_ptr<gpu::Texture> texture(gpu::PixelFormat format, gpu::Extent size, gpu::TextureUsage usage) const {
+  std::shared_ptr<gpu::Texture> texture(gpu::PixelFormat format, gpu::Extent size,
+                                        gpu::TextureUsage usage) const {
     return device_->makeTexture({format, size.width, size.height, usage, gpu::StorageMode::deviceOnly});
   }
   std::shared_ptr<gpu::Texture> picture(gpu::Extent size) const {
@@ -113,7 +124,8 @@ class Scene {
   }
 
   gpu::Pass dispatch(const char* kernel, gpu::Bindings bindings, gpu::Extent grid) const {
-    return gpu::Dispatch{device_->makeComputePipeline(library_->function(kernel)), std::move(bindings),
+    return gpu::Dispatch{device_->makeComputePipeline(library_->function(kernel)),
+                         std::move(bindings),
                          {groups(grid.width), groups(grid.height), 1},
                          {kernels::threadgroupSide, kernels::threadgroupSide, 1}};
   }
@@ -139,7 +151,8 @@ class Scene {
 
 using Passes = std::vector<gpu::Pass>;
 
-void measure(benchmark::State& state, benchmarks::Picture picture, gpu::Extent size, Passes (*passesOf)(const Scene&)) {
+void measure(benchmark::State& state, benchmarks::Picture picture, gpu::Extent size,
+             Passes (*passesOf)(const Scene&)) {
   const Scene scene(picture, size);
   for (const gpu::Pass& pass : scene.analysis())
     scene.execute(pass);
@@ -158,8 +171,10 @@ struct Kernel {
 
 constexpr Kernel measuredKernels[] = {
     {"memcpy", [](const Scene& scene) { return Passes{scene.copyOfFrame()}; }},
-    {"falseColorSkin", [](const Scene& scene) { return Passes{scene.falseColor(MetalProcessor::Mode::skin)}; }},
-    {"falseColorExposure", [](const Scene& scene) { return Passes{scene.falseColor(MetalProcessor::Mode::exposure)}; }},
+    {"falseColorSkin",
+     [](const Scene& scene) { return Passes{scene.falseColor(MetalProcessor::Mode::skin)}; }},
+    {"falseColorExposure",
+     [](const Scene& scene) { return Passes{scene.falseColor(MetalProcessor::Mode::exposure)}; }},
     {"accumulateScopes", [](const Scene& scene) { return Passes{scene.accumulation()}; }},
     {"renderVectorscope", [](const Scene& scene) { return Passes{scene.vectorscope()}; }},
     {"renderParade", [](const Scene& scene) { return Passes{scene.parade()}; }},
@@ -174,9 +189,12 @@ void registerAll() {
       for (const benchmarks::Picture picture : benchmarks::allPictures) {
         const std::string name = std::string(kernel.name) + "/" + std::to_string(size.width) + "x" +
                                  std::to_string(size.height) + "/" + benchmarks::nameOf(picture);
-        benchmark::RegisterBenchmark(name.c_str(), [=, passes = kernel.passes](benchmark::State& state) {
-          measure(state, picture, size, passes);
-        })->Unit(benchmark::kMicrosecond)->MeasureProcessCPUTime()->UseRealTime();
+        benchmark::RegisterBenchmark(
+            name.c_str(),
+            [=, passes = kernel.passes](benchmark::State& state) { measure(state, picture, size, passes); })
+            ->Unit(benchmark::kMicrosecond)
+            ->MeasureProcessCPUTime()
+            ->UseRealTime();
       }
     }
   }

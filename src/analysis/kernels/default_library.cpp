@@ -7,7 +7,7 @@ namespace velicor {
 
 std::shared_ptr<gpu::Library> defaultLibrary(const std::shared_ptr<gpu::Device>& device) {
   return device->makeLibrary({
-      {"falseColor", {.native = kernels::falseColor, .spirv = shaders::falseColor}},
+      {"falseColor", {.native = gpu::NativeRowsFunction{kernels::falseColor}, .spirv = shaders::falseColor}},
       {"accumulateScopes", {.native = kernels::accumulateScopes, .spirv = shaders::accumulateScopes}},
       {"renderVectorscope", {.native = kernels::renderVectorscope, .spirv = shaders::renderVectorscope}},
       {"renderParade", {.native = kernels::renderParade, .spirv = shaders::renderParade}},

@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <array>
-#include <vector>
+#include <memory>
+#include <span>
 
-#include "analysis/kernels/image_access.h"
 #include "analysis/kernels/kernel_interface.h"
 #include "analysis/kernels/native_kernels.h"
+#include "analysis/kernels/rows/rows.h"
 #include "palette/palette.h"
 
 namespace velicor::kernels {
@@ -14,7 +14,6 @@ namespace {
 constexpr std::uint32_t skinMode = 1;
 
 using Color = std::array<float, 4>;
-using PaletteEntries = std::span<const Color>;
 
 constexpr bool heatScaleIsThePalettes() {
   for (std::size_t k = 0; k + 1 < Palette::heatCount; ++k) {
@@ -31,26 +30,41 @@ Packed packedColor(const Color& color) {
   return opaque(color::byteOf(color[0]), color::byteOf(color[1]), color::byteOf(color[2]));
 }
 
-// The colour of every step of the scale: linear between neighbouring entries, an entry's own at its level.
-std::vector<Packed> heatTable(PaletteEntries heat) {
-  std::vector<Packed> table;
-  table.reserve(color::heatSteps + 1);
-  for (int i = 0; i <= color::heatSteps; ++i) {
-    const color::HeatPlace place = color::heatPlace(i);
-    const auto entry = static_cast<std::size_t>(place.entry);
-    const Color& below = heat[entry];
-    const Color& above = heat[std::min(entry + 1, Palette::heatCount - 1)];
-    const auto byte = [&](std::size_t channel) {
-      return color::heatByte(below[channel], above[channel], place.share);
-    };
-    table.push_back(opaque(byte(0), byte(1), byte(2)));
+// The colours of the scale for a palette's entries: linear between neighbouring ones, an entry's own at its
+// level. Palettes change far less often than frames, so that each thread keeps the last one's.
+class HeatScale {
+ public:
+  const HeatColors& of(std::span<const Color, Palette::heatCount> entries) {
+    if (!isBuilt_ || !std::ranges::equal(entries, entries_)) {
+      std::ranges::copy(entries, entries_.begin());
+      build();
+      isBuilt_ = true;
+    }
+    return colors_;
   }
-  return table;
-}
 
-// Writes colorOf(source pixel) to every pixel of the range.
-template <typename ColorOf>
-void paint(const gpu::NativeArguments& arguments, gpu::GridRange range, ColorOf colorOf) {
+ private:
+  void build() {
+    for (std::size_t i = 0; i < colors_.size(); ++i) {
+      const color::HeatPlace place = color::heatPlace(static_cast<int>(i));
+      const auto entry = static_cast<std::size_t>(place.entry);
+      const Color& below = entries_[entry];
+      const Color& above = entries_[std::min(entry + 1, Palette::heatCount - 1)];
+      const auto byte = [&](std::size_t channel) {
+        return color::heatByte(below[channel], above[channel], place.share);
+      };
+      colors_[i] = opaque(byte(0), byte(1), byte(2));
+    }
+  }
+
+  bool isBuilt_ = false;
+  std::array<Color, Palette::heatCount> entries_{};
+  HeatColors colors_{};
+};
+
+// Calls paintRow(source row, preview row, pixels) for every row of the range.
+template <typename PaintRow>
+void paint(const gpu::NativeArguments& arguments, gpu::GridRange range, PaintRow paintRow) {
   const gpu::NativeImage& source = arguments.texture(0);
   const gpu::NativeImage& preview = arguments.texture(1);
   const auto offset = arguments.value<Offset>(1);
@@ -58,34 +72,25 @@ void paint(const gpu::NativeArguments& arguments, gpu::GridRange range, ColorOf 
   const int top = static_cast<int>(offset.y);
   const int width = std::min({range.width, preview.width, source.width - left});
   const int endRow = std::min({range.endRow, preview.height, source.height - top});
-  const ChannelOrder order = orderOf(source.format);
-  for (int y = range.firstRow; y < endRow; ++y) {
-    const std::byte* from = source.pixel(left, y + top);
-    std::byte* to = preview.row(y);
-    for (int x = 0; x < width; ++x, from += gpu::bytesPerPixel, to += gpu::bytesPerPixel) {
-      store(to, colorOf(pixelAt(from, order)));
-    }
-  }
+  if (width <= 0) return;
+  for (int y = range.firstRow; y < endRow; ++y)
+    paintRow(SourceRow{source.pixel(left, y + top), source.format}, preview.row(y),
+             static_cast<std::size_t>(width));
 }
 
 }  // namespace
 
 void falseColor(const gpu::NativeArguments& arguments, gpu::GridRange range) {
-  const auto palette = arguments.array<const std::array<float, 4>>(2, Palette::colorCount);
+  const auto palette = arguments.array<const Color>(2, Palette::colorCount);
   if (arguments.value<std::uint32_t>(0) == skinMode) {
-    const std::array<Packed, 3> zones{packedColor(palette[0]), packedColor(palette[1]),
-                                      packedColor(palette[2])};
-    paint(arguments, range, [&](color::Pixel pixel) {
-      const int luma = color::lumaOf(pixel);
-      const int zone = color::skinZone(pixel, luma);
-      const int grey = color::greyOf(luma);
-      return zone == color::zoneNotSkin ? opaque(grey, grey, grey) : zones[static_cast<std::size_t>(zone)];
-    });
+    const ZoneColors zones{packedColor(palette[0]), packedColor(palette[1]), packedColor(palette[2])};
+    paint(arguments, range,
+          [&](SourceRow from, std::byte* to, std::size_t count) { paintSkin(from, to, count, zones); });
   } else {
-    const std::vector<Packed> table = heatTable(palette.subspan(3));
-    paint(arguments, range, [&](color::Pixel pixel) {
-      return table[static_cast<std::size_t>(color::heatIndex(color::lumaOf(pixel)))];
-    });
+    thread_local const auto scale = std::make_unique<HeatScale>();
+    const HeatColors& heat = scale->of(palette.subspan<3, Palette::heatCount>());
+    paint(arguments, range,
+          [&](SourceRow from, std::byte* to, std::size_t count) { paintHeat(from, to, count, heat); });
   }
 }
 

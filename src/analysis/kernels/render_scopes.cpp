@@ -1,86 +1,110 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <vector>
+#include <cstring>
 
-#include "analysis/kernels/image_access.h"
 #include "analysis/kernels/kernel_interface.h"
 #include "analysis/kernels/native_kernels.h"
+#include "analysis/kernels/rows/rows.h"
 
 namespace velicor::kernels {
 
 namespace {
 
-// The opaque pixel of a counter: the tint at the brightness min(1, log2(1 + count) × gain). Frames have few
-// different small counts and very many bins, so that the smaller ones are worked out once.
-class TracePixels {
+// The opaque pixel of a counter: the tint at this brightness.
+Packed tinted(const Tint& tint, float brightness) {
+  return opaque(color::byteOf(tint.r * brightness), color::byteOf(tint.g * brightness),
+                color::byteOf(tint.b * brightness));
+}
+
+// The processor's gains let a trace saturate at 501 samples or fewer.
+constexpr std::size_t tableSize = 512;
+
+// min(1, log2(1 + count) × gain) of every count up to the first that gives 1.
+class Brightness {
  public:
-  TracePixels(const Tint& tint, float gain) : tint_(tint), gain_(gain) {
-    for (std::uint32_t count = 0; count < tableSize; ++count)
-      table_.push_back(compute(count));
+  explicit Brightness(float gain) : gain_(gain) {
+    while (last_ + 1 < values_.size() && values_[last_] < 1) {
+      ++last_;
+      values_[last_] = of(static_cast<std::uint32_t>(last_));
+    }
   }
 
-  Packed operator()(std::uint32_t count) const { return count < tableSize ? table_[count] : compute(count); }
+  // Whether all counts above have the brightness of the last one.
+  bool isWhole() const { return values_[last_] >= 1; }
+  std::uint32_t last() const { return static_cast<std::uint32_t>(last_); }
+  float at(std::uint32_t count) const { return count <= last_ ? values_[count] : of(count); }
 
  private:
-  // The gains let a trace saturate at 500 samples or fewer.
-  static constexpr std::uint32_t tableSize = 512;
-
-  Packed compute(std::uint32_t count) const {
-    const float brightness = std::min(1.0F, std::log2(1.0F + static_cast<float>(count)) * gain_);
-    return opaque(color::byteOf(tint_.r * brightness), color::byteOf(tint_.g * brightness),
-                  color::byteOf(tint_.b * brightness));
+  float of(std::uint32_t count) const {
+    return std::min(1.0F, std::log2(1.0F + static_cast<float>(count)) * gain_);
   }
 
-  Tint tint_;
   float gain_;
-  std::vector<Packed> table_;
+  std::array<float, tableSize> values_{};
+  std::size_t last_ = 0;
 };
 
-// The panel that a column of the parade image belongs to, and the bin column within it; no bin in a gap.
-struct PanelColumn {
-  std::size_t panel;
-  int column;
-  bool isGap() const { return column >= scopeBins; }
-};
+// Turns rows of counters into rows of pixels of one tint.
+class Trace {
+ public:
+  Trace(const Tint& tint, const Brightness& brightness) : tint_(tint), brightness_(brightness) {
+    for (std::uint32_t count = 0; count <= brightness.last(); ++count)
+      colors_[count] = tinted(tint, brightness.at(count));
+  }
 
-PanelColumn panelColumn(int x) {
-  return {static_cast<std::size_t>(x / (scopeBins + paradeGap)), x % (scopeBins + paradeGap)};
-}
+  void draw(const std::uint32_t* counters, std::size_t count, Packed* to) const {
+    if (brightness_.isWhole()) return traceCounters(counters, count, colors_.data(), brightness_.last(), to);
+    for (std::size_t i = 0; i < count; ++i)
+      to[i] = tinted(tint_, brightness_.at(counters[i]));
+  }
+
+ private:
+  Tint tint_;
+  const Brightness& brightness_;
+  std::array<Packed, tableSize> colors_;
+};
 
 }  // namespace
 
 void renderVectorscope(const gpu::NativeArguments& arguments, gpu::GridRange range) {
   const auto counters = arguments.array<const std::uint32_t>(0, planeCounters);
-  const TracePixels trace(vectorscopeTint, arguments.value<float>(1));
+  const Brightness brightness(arguments.value<float>(1));
+  const Trace trace(vectorscopeTint, brightness);
   const gpu::NativeImage& image = arguments.texture(0);
   const int width = std::min({range.width, image.width, vectorscopeSide});
   const int endRow = std::min({range.endRow, image.height, vectorscopeSide});
+  std::array<Packed, scopeBins> bins;
+  std::array<Packed, vectorscopeSide> pixels;
+  int drawn = -1;
   for (int y = range.firstRow; y < endRow; ++y) {
-    const std::uint32_t* bins = &counters[static_cast<std::size_t>(y / 2) * scopeBins];
-    for (int x = 0; x < width; ++x)
-      store(image.pixel(x, y), trace(bins[x / 2]));
+    if (y / 2 != drawn) {
+      drawn = y / 2;
+      trace.draw(&counters[static_cast<std::size_t>(drawn) * scopeBins], scopeBins, bins.data());
+      for (std::size_t i = 0; i < bins.size(); ++i)
+        pixels[2 * i] = pixels[2 * i + 1] = bins[i];
+    }
+    std::memcpy(image.row(y), pixels.data(), gpu::bytesPerPixel * static_cast<std::size_t>(width));
   }
 }
 
 void renderParade(const gpu::NativeArguments& arguments, gpu::GridRange range) {
   const auto counters = arguments.array<const std::uint32_t>(0, 3 * planeCounters);
-  const auto gain = arguments.value<float>(1);
-  const std::array<TracePixels, 3> traces{TracePixels(paradeTints[0], gain),
-                                          TracePixels(paradeTints[1], gain),
-                                          TracePixels(paradeTints[2], gain)};
-  const Packed black = opaque(0, 0, 0);
+  const Brightness brightness(arguments.value<float>(1));
+  const std::array<Trace, 3> traces{Trace(paradeTints[0], brightness), Trace(paradeTints[1], brightness),
+                                    Trace(paradeTints[2], brightness)};
   const gpu::NativeImage& image = arguments.texture(0);
   const int width = std::min({range.width, image.width, paradeWidth});
   const int endRow = std::min({range.endRow, image.height, paradeHeight});
+  std::array<Packed, paradeWidth> pixels;
+  pixels.fill(opaque(0, 0, 0));
   for (int y = range.firstRow; y < endRow; ++y) {
     const auto level = static_cast<std::size_t>(paradeHeight - 1 - y);
-    for (int x = 0; x < width; ++x) {
-      const PanelColumn at = panelColumn(x);
-      const std::size_t bin =
-          at.panel * planeCounters + level * scopeBins + static_cast<std::size_t>(at.column);
-      store(image.pixel(x, y), at.isGap() ? black : traces[at.panel](counters[bin]));
+    for (std::size_t panel = 0; panel < traces.size(); ++panel) {
+      traces[panel].draw(&counters[panel * planeCounters + level * scopeBins], scopeBins,
+                         &pixels[panel * (scopeBins + paradeGap)]);
     }
+    std::memcpy(image.row(y), pixels.data(), gpu::bytesPerPixel * static_cast<std::size_t>(width));
   }
 }
 

@@ -14,7 +14,9 @@ namespace velicor::gpu {
 // fail on the devices that need it.
 struct KernelForms {
   // What the native device calls.
-  std::variant<std::monostate, NativeComputeFunction, NativeVertexFunction, NativeFragmentFunction> native;
+  std::variant<std::monostate, NativeComputeFunction, NativeRowsFunction, NativeVertexFunction,
+               NativeFragmentFunction>
+      native;
   // A SPIR-V module with the entry point "main"; static data.
   std::span<const std::uint32_t> spirv;
 };

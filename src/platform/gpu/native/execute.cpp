@@ -1,7 +1,10 @@
 #include "platform/gpu/native/execute.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "platform/gpu/native/native_kernel.h"
 #include "platform/gpu/native/native_pipelines.h"
@@ -11,6 +14,9 @@
 namespace velicor::gpu {
 
 namespace {
+
+// As many rows are cleared before they are drawn into: few enough to be still near the processor then.
+constexpr int cachedRows = 16;
 
 const NativeImage& imageOf(const Texture& texture) {
   return static_cast<const NativeTexture&>(texture).image();
@@ -44,60 +50,81 @@ std::byte channelByte(double component) {
   return static_cast<std::byte>(std::lround(std::fmin(std::fmax(component, 0.0), 1.0) * 255));
 }
 
-void clear(const NativeImage& image, const ClearColor& color) {
-  std::byte pixel[bytesPerPixel] = {channelByte(color.red), channelByte(color.green), channelByte(color.blue),
-                                    channelByte(color.alpha)};
-  if (image.format == PixelFormat::bgra8Unorm) std::swap(pixel[0], pixel[2]);
-  for (int x = 0; x < image.width; ++x)
-    std::memcpy(image.pixel(x, 0), pixel, bytesPerPixel);
-  const std::size_t rowLength = bytesPerPixel * static_cast<std::size_t>(image.width);
-  for (int y = 1; y < image.height; ++y)
-    std::memcpy(image.row(y), image.row(0), rowLength);
+std::array<std::byte, bytesPerPixel> pixelOf(const ClearColor& color, PixelFormat format) {
+  std::array pixel{channelByte(color.red), channelByte(color.green), channelByte(color.blue),
+                   channelByte(color.alpha)};
+  if (format == PixelFormat::bgra8Unorm) std::swap(pixel[0], pixel[2]);
+  return pixel;
 }
 
-void run(const TextureCopy& copy) {
+void clear(const NativeImage& image, const ClearColor& color, int firstRow, int endRow) {
+  const auto pixel = pixelOf(color, image.format);
+  for (int x = 0; x < image.width; ++x)
+    std::memcpy(image.pixel(x, firstRow), pixel.data(), pixel.size());
+  const std::size_t rowLength = bytesPerPixel * static_cast<std::size_t>(image.width);
+  for (int y = firstRow + 1; y < endRow; ++y)
+    std::memcpy(image.row(y), image.row(firstRow), rowLength);
+}
+
+void draw(const Draw& draw, const NativeImage& target, int firstRow, int endRow) {
+  const auto& pipeline = static_cast<const NativeRenderPipeline&>(*draw.pipeline);
+  const NativeArguments vertex = argumentsFrom(draw.vertex);
+  const NativeArguments fragment = argumentsFrom(draw.fragment);
+  for (int i = draw.vertexStart; i < draw.vertexStart + draw.vertexCount; i += 3) {
+    const Triangle triangle{pipeline.vertex(vertex, i), pipeline.vertex(vertex, i + 1),
+                            pipeline.vertex(vertex, i + 2)};
+    forEachSpan(triangle, target, firstRow, endRow,
+                [&](const FragmentSpan& span) { pipeline.fragment(fragment, span); });
+  }
+}
+
+void run(const TextureCopy& copy, Crew& crew) {
   const NativeImage& source = imageOf(*copy.source);
   const NativeImage& destination = imageOf(*copy.destination);
-  copyRows(destination.pixel(copy.destinationOrigin.x, copy.destinationOrigin.y), destination.bytesPerRow,
-           source.pixel(copy.sourceOrigin.x, copy.sourceOrigin.y), source.bytesPerRow,
-           bytesPerPixel * static_cast<std::size_t>(copy.size.width), copy.size.height);
+  crew.forRows(copy.size.height, copy.size.width, [&](int firstRow, int endRow) {
+    copyRows(destination.pixel(copy.destinationOrigin.x, copy.destinationOrigin.y + firstRow),
+             destination.bytesPerRow, source.pixel(copy.sourceOrigin.x, copy.sourceOrigin.y + firstRow),
+             source.bytesPerRow, bytesPerPixel * static_cast<std::size_t>(copy.size.width),
+             endRow - firstRow);
+  });
 }
 
-void run(const BufferFill& fill) {
+void run(const BufferFill& fill, Crew&) {
   std::memset(bytesOf(*fill.buffer).data() + fill.offset, fill.value, fill.length);
 }
 
-void run(const BufferCopy& copy) {
+void run(const BufferCopy& copy, Crew&) {
   std::memcpy(bytesOf(*copy.destination).data() + copy.destinationOffset,
               bytesOf(*copy.source).data() + copy.sourceOffset, copy.length);
 }
 
-void run(const Dispatch& dispatch) {
+void run(const Dispatch& dispatch, Crew& crew) {
   const auto& pipeline = static_cast<const NativeComputePipeline&>(*dispatch.pipeline);
-  pipeline.function(argumentsFrom(dispatch.bindings),
-                    {dispatch.threadgroups.width * dispatch.threadsPerThreadgroup.width, 0,
-                     dispatch.threadgroups.height * dispatch.threadsPerThreadgroup.height});
+  const NativeArguments arguments = argumentsFrom(dispatch.bindings);
+  const int width = dispatch.threadgroups.width * dispatch.threadsPerThreadgroup.width;
+  const int height = dispatch.threadgroups.height * dispatch.threadsPerThreadgroup.height;
+  if (!pipeline.rowsAreIndependent) return pipeline.function(arguments, {width, 0, height});
+  crew.forRows(height, width, [&](int firstRow, int endRow) {
+    pipeline.function(arguments, {width, firstRow, endRow});
+  });
 }
 
-void run(const RenderPass& pass) {
+void run(const RenderPass& pass, Crew& crew) {
   const NativeImage& target = imageOf(*pass.target);
-  clear(target, pass.clearColor);
-  for (const Draw& draw : pass.draws) {
-    const auto& pipeline = static_cast<const NativeRenderPipeline&>(*draw.pipeline);
-    const NativeArguments vertex = argumentsFrom(draw.vertex);
-    const NativeArguments fragment = argumentsFrom(draw.fragment);
-    for (int i = draw.vertexStart; i < draw.vertexStart + draw.vertexCount; i += 3) {
-      const Triangle triangle{pipeline.vertex(vertex, i), pipeline.vertex(vertex, i + 1),
-                              pipeline.vertex(vertex, i + 2)};
-      forEachSpan(triangle, target, [&](const FragmentSpan& span) { pipeline.fragment(fragment, span); });
+  crew.forRows(target.height, target.width, [&](int firstRow, int endRow) {
+    for (int first = firstRow; first < endRow; first += cachedRows) {
+      const int end = std::min(first + cachedRows, endRow);
+      clear(target, pass.clearColor, first, end);
+      for (const Draw& each : pass.draws)
+        draw(each, target, first, end);
     }
-  }
+  });
 }
 
 }  // namespace
 
-void execute(const Pass& pass) {
-  std::visit([](const auto& work) { run(work); }, pass);
+void execute(const Pass& pass, Crew& crew) {
+  std::visit([&](const auto& work) { run(work, crew); }, pass);
 }
 
 }  // namespace velicor::gpu

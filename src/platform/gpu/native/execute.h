@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/gpu/native/crew.h"
 #include "platform/gpu/passes.h"
 
 namespace velicor::gpu {
 
-// Does one recorded pass on the calling thread. All resources are the native device's.
-void execute(const Pass& pass);
+// Does one recorded pass on the calling thread, with the crew's help where it is large. All resources are the
+// native device's.
+void execute(const Pass& pass, Crew& crew);
 
 }  // namespace velicor::gpu

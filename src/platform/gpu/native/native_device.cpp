@@ -19,8 +19,11 @@ std::shared_ptr<Texture> NativeDevice::onMakeTexture(const TextureDescriptor& de
 }
 
 std::shared_ptr<ComputePipeline> NativeDevice::onMakeComputePipeline(const Function& function) {
-  const auto* native = std::get_if<NativeComputeFunction>(&function.forms.native);
-  return native ? std::make_shared<NativeComputePipeline>(shared_from_this(), *native) : nullptr;
+  if (const auto* native = std::get_if<NativeComputeFunction>(&function.forms.native))
+    return std::make_shared<NativeComputePipeline>(shared_from_this(), *native, false);
+  if (const auto* rows = std::get_if<NativeRowsFunction>(&function.forms.native))
+    return std::make_shared<NativeComputePipeline>(shared_from_this(), rows->function, true);
+  return nullptr;
 }
 
 std::shared_ptr<RenderPipeline> NativeDevice::onMakeRenderPipeline(

@@ -69,6 +69,12 @@ struct GridRange {
 
 using NativeComputeFunction = void (*)(const NativeArguments&, GridRange);
 
+// A compute function whose rows don't depend on each other: it may be called for several ranges of rows at
+// once, on several threads.
+struct NativeRowsFunction {
+  NativeComputeFunction function;
+};
+
 // Position in clip space (−1…1, y up) and two values that are interpolated over the triangle.
 struct NativeVertex {
   float x = 0;
@@ -92,7 +98,8 @@ struct FragmentSpan {
   double dv = 0;
 };
 
-// Writes its colours into the span's pixels; a pixel that it leaves alone keeps what was there.
+// Writes its colours into the span's pixels; a pixel that it leaves alone keeps what was there. It may be
+// called for different rows at once, on several threads.
 using NativeFragmentFunction = void (*)(const NativeArguments&, const FragmentSpan&);
 
 }  // namespace velicor::gpu

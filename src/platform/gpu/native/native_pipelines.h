@@ -9,9 +9,10 @@
 namespace velicor::gpu {
 
 struct NativeComputePipeline : ComputePipeline {
-  NativeComputePipeline(std::shared_ptr<Device> device, NativeComputeFunction compute)
-      : ComputePipeline(std::move(device)), function(compute) {}
+  NativeComputePipeline(std::shared_ptr<Device> device, NativeComputeFunction compute, bool independentRows)
+      : ComputePipeline(std::move(device)), function(compute), rowsAreIndependent(independentRows) {}
   const NativeComputeFunction function;
+  const bool rowsAreIndependent;
 };
 
 struct NativeRenderPipeline : RenderPipeline {

@@ -59,6 +59,11 @@ std::array<double, 2> crossing(const std::array<Corner, 3>& c, double y) {
 
 void forEachSpan(const Triangle& triangle, const NativeImage& target,
                  const std::function<void(const FragmentSpan&)>& draw) {
+  forEachSpan(triangle, target, 0, target.height, draw);
+}
+
+void forEachSpan(const Triangle& triangle, const NativeImage& target, int firstRow, int endRow,
+                 const std::function<void(const FragmentSpan&)>& draw) {
   const std::array<Corner, 3> c{inPixels(triangle[0], target), inPixels(triangle[1], target),
                                 inPixels(triangle[2], target)};
   const double doubleArea = (c[1].x - c[0].x) * (c[2].y - c[0].y) - (c[2].x - c[0].x) * (c[1].y - c[0].y);
@@ -66,8 +71,9 @@ void forEachSpan(const Triangle& triangle, const NativeImage& target,
   if (!(std::abs(doubleArea) > 0) || !std::isfinite(doubleArea)) return;
   const Plane u = planeThrough(c, &Corner::u, doubleArea);
   const Plane v = planeThrough(c, &Corner::v, doubleArea);
-  const int endRow = firstPixel(std::max({c[0].y, c[1].y, c[2].y}), target.height);
-  for (int y = firstPixel(std::min({c[0].y, c[1].y, c[2].y}), target.height); y < endRow; ++y) {
+  const int top = std::max(firstPixel(std::min({c[0].y, c[1].y, c[2].y}), target.height), firstRow);
+  const int bottom = std::min(firstPixel(std::max({c[0].y, c[1].y, c[2].y}), target.height), endRow);
+  for (int y = top; y < bottom; ++y) {
     const double centre = y + 0.5;
     const auto [left, right] = crossing(c, centre);
     const int begin = firstPixel(left, target.width);

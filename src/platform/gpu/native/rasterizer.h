@@ -15,4 +15,8 @@ using Triangle = std::array<NativeVertex, 3>;
 void forEachSpan(const Triangle& triangle, const NativeImage& target,
                  const std::function<void(const FragmentSpan&)>& draw);
 
+// Only those of the rows firstRow ≤ y < endRow of the target, with the same values.
+void forEachSpan(const Triangle& triangle, const NativeImage& target, int firstRow, int endRow,
+                 const std::function<void(const FragmentSpan&)>& draw);
+
 }  // namespace velicor::gpu

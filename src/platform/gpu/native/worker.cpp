@@ -45,6 +45,7 @@ void Worker::submit(Submission submission) {
 
 void Worker::run(const std::shared_ptr<State>& state) {
   pthread_setname_np(pthread_self(), "velicor.device");
+  Crew crew(allThreads());
   std::unique_lock guard(state->mutex);
   while (true) {
     state->changed.wait(guard, [&] { return state->ending || !state->submissions.empty(); });
@@ -53,7 +54,7 @@ void Worker::run(const std::shared_ptr<State>& state) {
     state->submissions.pop_front();
     guard.unlock();
     for (const Pass& pass : submission.passes)
-      execute(pass);
+      execute(pass, crew);
     submission.passes.clear();
     submission.finished(true);
     // What the submission holds goes now, outside the lock: it may be the last to hold the device.
