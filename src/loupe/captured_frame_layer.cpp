@@ -1,5 +1,7 @@
 #include "loupe/captured_frame_layer.h"
 
+#include <utility>
+
 #include "analysis/notification_names.h"
 #include "loupe/passthrough_texture_view.h"
 #include "platform/desktop/desktop.h"
@@ -26,7 +28,10 @@ QRect capturedPart(const desktop::Panel& panel) {
 // is.
 class CapturedFrameView : public PassthroughTextureView {
  public:
-  using PassthroughTextureView::PassthroughTextureView;
+  CapturedFrameView(std::shared_ptr<gpu::Device> device, notifications::Name signal, QWidget* parent)
+      : PassthroughTextureView(std::move(device), signal, parent) {
+    ignoreFourthByte();
+  }
 
  protected:
   QRect pictureRect() const override {

@@ -12,6 +12,7 @@ struct LoupeAppearance {
   bool locked = false;
   bool panelVisible = true;
   bool interacting = false;
+  friend bool operator==(const LoupeAppearance&, const LoupeAppearance&) = default;
 };
 
 // Paints the loupe frame over `area`, which starts at the painter's origin and covers whole device pixels.

@@ -2,10 +2,10 @@
 
 #include <utility>
 
+#include <QImage>
 #include <QMouseEvent>
 #include <QPainter>
 
-#include "loupe/loupe_drawing.h"
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/panel.h"
 #include "platform/desktop/pointer.h"
@@ -141,11 +141,26 @@ void LoupeFrameView::abandonPress() {
 }
 
 void LoupeFrameView::paintEvent(QPaintEvent*) {
+  const desktop::DeviceSize size = desktop::Panel::deviceSizeOf(*this);
+  const Painted wanted{{bounds(), isLocked, panelVisible, isInteracting_}, {size.width, size.height}, devicePixelRatioF()};
+  if (wanted != painted_) {
+    picture_ = pictureOf(wanted);
+    painted_ = wanted;
+  }
   QPainter painter(this);
-  const double scale = devicePixelRatioF();
-  const desktop::DeviceSize pixels = Panel::deviceSizeOf(*this);
-  drawLoupeFrame(painter, {0, 0, pixels.width / scale, pixels.height / scale},
-                 {bounds(), isLocked, panelVisible, isInteracting_});
+  picture_.paint(painter);
+}
+
+SparsePicture LoupeFrameView::pictureOf(const Painted& wanted) {
+  if (wanted.pixels.isEmpty()) return {};
+  QImage image(wanted.pixels, QImage::Format_ARGB32_Premultiplied);
+  image.setDevicePixelRatio(wanted.scale);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  drawLoupeFrame(painter, {0, 0, wanted.pixels.width() / wanted.scale, wanted.pixels.height() / wanted.scale},
+                 wanted.appearance);
+  painter.end();
+  return SparsePicture(image);
 }
 
 }  // namespace velicor

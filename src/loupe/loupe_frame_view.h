@@ -5,7 +5,9 @@
 
 #include <QWidget>
 
+#include "loupe/loupe_drawing.h"
 #include "loupe/loupe_geometry.h"
+#include "loupe/sparse_picture.h"
 #include "platform/base/geometry.h"
 #include "platform/desktop/cursor.h"
 
@@ -72,11 +74,22 @@ class LoupeFrameView : public QWidget {
   void mouseDragged(const QMouseEvent& event);
   void abandonPress();
 
+  // The frame as it was painted last, because it is painted again with every picture below it.
+  struct Painted {
+    LoupeAppearance appearance;
+    QSize pixels;
+    double scale = 0;
+    friend bool operator==(const Painted&, const Painted&) = default;
+  };
+  static SparsePicture pictureOf(const Painted& wanted);
+
   Zone dragZone_ = Zone::move;
   DesktopPoint dragStartMouse_;
   DesktopRect dragStartFrame_;
   bool pressActive_ = false;
   bool isInteracting_ = false;
+  Painted painted_;
+  SparsePicture picture_;
 };
 
 }  // namespace velicor

@@ -1,9 +1,12 @@
 #include "analysis/views/live_texture_view.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include <QImage>
 #include <QPainter>
+#include <QPainterPath>
 
 #include "platform/desktop/continuous_corners.h"
 #include "platform/desktop/desktop.h"
@@ -114,18 +117,34 @@ void LiveTextureView::present(gpu::CommandBuffer& commandBuffer) {
 
 void LiveTextureView::finished(bool succeeded) {
   underWay_ = false;
+  noteOpaqueness();
   if (succeeded) update();
   if (std::exchange(again_, false)) draw();
 }
 
 void LiveTextureView::setAlphaValue(double alpha) {
   alpha_ = alpha;
+  noteOpaqueness();
   update();
 }
 
 void LiveTextureView::setCornerRadius(double radius) {
   cornerRadius_ = radius;
+  noteOpaqueness();
   update();
+}
+
+// In points.
+QRectF LiveTextureView::place() const {
+  const QRect pixels = pictureRect();
+  const double scale = devicePixelRatioF();
+  return {QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale};
+}
+
+// The toolkit then leaves out what lies below.
+void LiveTextureView::noteOpaqueness() {
+  const bool covers = alpha_ == 1 && cornerRadius_ == 0 && drawables_->front() && place().contains(QRectF(rect()));
+  setAttribute(Qt::WA_OpaquePaintEvent, covers);
 }
 
 // Coming to light by being scrolled is told by nothing but the paint event.
@@ -133,26 +152,42 @@ void LiveTextureView::paintEvent(QPaintEvent*) {
   drawIfMissed();
   const std::shared_ptr<const gpu::Picture> picture = drawables_->front();
   if (!picture) return;
-  QImage image = imageOf(*picture);
   QPainter painter(this);
   painter.setOpacity(alpha_);
-  const QRect pixels = pictureRect();
-  const double scale = devicePixelRatioF();
-  const QRectF place(QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale);
   if (cornerRadius_ > 0) {
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setClipPath(desktop::continuousCorners(rect(), cornerRadius_));
-  }
-  if (image.size() == pixels.size()) {
-    image.setDevicePixelRatio(scale);
-    painter.drawImage(place.topLeft(), image);
+    paintRounded(painter, imageOf(*picture));
   } else {
-    painter.drawImage(place, image);  // until the draw in the new size is there
+    paintPicture(painter, imageOf(*picture));
   }
-  if (alpha_ == 1) makeOpaque(painter, place);
+}
+
+void LiveTextureView::paintPicture(QPainter& painter, QImage image) const {
+  if (image.size() == pictureRect().size()) {
+    image.setDevicePixelRatio(devicePixelRatioF());
+    painter.drawImage(place().topLeft(), image);
+  } else {
+    painter.drawImage(place(), image);  // until the draw in the new size is there
+  }
+  if (alpha_ == 1 && !fourthByteCounts_) makeOpaque(painter, place());
+}
+
+// A clip with soft edges makes painting many times slower, so only what has corners is painted with one.
+void LiveTextureView::paintRounded(QPainter& painter, const QImage& image) const {
+  const int corners = std::min(static_cast<int>(std::ceil(2 * cornerRadius_)), height() / 2);
+  const QRect middle = rect().adjusted(0, corners, 0, -corners);
+  painter.setClipRect(middle);
+  paintPicture(painter, image);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const QPainterPath outline = desktop::continuousCorners(rect(), cornerRadius_);
+  for (const int top : {0, height() - corners}) {
+    painter.setClipPath(outline);
+    painter.setClipRect(QRect(0, top, width(), corners), Qt::IntersectClip);
+    paintPicture(painter, image);
+  }
 }
 
 void LiveTextureView::resizeEvent(QResizeEvent*) {
+  noteOpaqueness();
   missed_ = !canBeSeen();
   if (!missed_) setNeedsDisplay();
 }

@@ -8,6 +8,9 @@
 #include "platform/gpu/device.h"
 #include "platform/notifications/notification_center.h"
 
+class QImage;
+class QPainter;
+
 namespace velicor {
 
 // A view of pictures that a device draws. It draws on demand only: when its notification is posted while it
@@ -32,8 +35,8 @@ class LiveTextureView : public QWidget {
   // Held weakly; without one the view paints nothing.
   void setDelegate(std::weak_ptr<Delegate> delegate) { delegate_ = std::move(delegate); }
 
-  // Opacity of what is painted, 0…1. The pictures themselves count as opaque; below 1 their fourth byte has
-  // to say so too.
+  // Opacity of what is painted, 0…1. The pictures themselves are opaque. What lies under a view that covers it
+  // opaquely is neither drawn nor painted.
   double alphaValue() const { return alpha_; }
   void setAlphaValue(double alpha);
 
@@ -71,10 +74,18 @@ class LiveTextureView : public QWidget {
   // All of it where no heir says otherwise.
   virtual QRect pictureRect() const;
 
+  // The pictures' fourth byte means nothing, as in captured frames; at opacity 1 the view is painted opaque all the
+  // same.
+  void ignoreFourthByte() { fourthByteCounts_ = false; }
+
  private:
   void signalled();
   void drawIfMissed();
   void finished(bool succeeded);
+  QRectF place() const;
+  void noteOpaqueness();
+  void paintPicture(QPainter& painter, QImage image) const;
+  void paintRounded(QPainter& painter, const QImage& image) const;
   void watchWindows();
 
   const std::shared_ptr<gpu::Device> device_;
@@ -83,6 +94,7 @@ class LiveTextureView : public QWidget {
   std::shared_ptr<gpu::Drawable> drawable_;  // of the draw that is being encoded
   double alpha_ = 1;
   double cornerRadius_ = 0;
+  bool fourthByteCounts_ = true;
   bool scheduled_ = false;  // a draw waits for the next turn
   bool underWay_ = false;   // the device has not finished the last draw
   bool again_ = false;      // and another one was asked for since
