@@ -103,15 +103,16 @@ TEST_F(FramePathTest, AllocatesNothingOnTheCaptureThread) {
   drive(20);
   const int before = frames_;
   startCounting();
-  drive(200);
+  drive(120);
   const auto counts = stopCounting();
   const int analysed = frames_ - before;
-  ASSERT_GE(analysed, 200);
+  ASSERT_GE(analysed, 120);
   EXPECT_EQ(counts.at("velicor.x11cap"), 0);
-  // Encoding: the list of passes and their inline bytes, the handlers and the submission.
-  EXPECT_LE(counts.at("velicor.capture"), analysed * 25);
-  // The announcement on the main queue, and the event that wakes it up.
-  EXPECT_LE(counts.at("velicor.device"), analysed * 4);
+  // Encoding: the list of passes and their inline bytes, the handlers and the submission; 16 on average, as
+  // every second frame has scopes.
+  EXPECT_LE(counts.at("velicor.capture"), analysed * 18);
+  // The announcement on the main queue, and the event that wakes it up: 2.
+  EXPECT_LE(counts.at("velicor.device"), analysed * 3);
 }
 
 // Calls of reanalyze() do not pile up either.
