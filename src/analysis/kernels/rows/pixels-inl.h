@@ -126,10 +126,9 @@ template <typename Work>
 HWY_INLINE bool forVectors(std::size_t count, const Work& work) {
   const std::size_t lanes = hn::Lanes(Words());
   if (count < lanes) return false;
-  std::size_t first = 0;
-  for (; first + lanes <= count; first += lanes)
-    work(first);
-  if (first < count) work(count - lanes);
+  // The one call is inlined; two would not be.
+  for (std::size_t done = 0; done < count; done += lanes)
+    work(done < count - lanes ? done : count - lanes);
   return true;
 }
 
