@@ -1,5 +1,6 @@
 #include "platform/dispatch/clock.h"
 
+#include <list>
 #include <utility>
 
 #include <QTimer>
@@ -13,15 +14,25 @@ class SystemClock : public Clock {
   Instant now() const override { return std::chrono::steady_clock::now(); }
 
   void callAfter(Duration delay, Job job) override {
-    QTimer::singleShot(std::chrono::ceil<std::chrono::milliseconds>(delay), Qt::PreciseTimer, std::move(job));
+    const auto place = waiting_.insert(waiting_.end(), std::move(job));
+    QTimer::singleShot(std::chrono::ceil<std::chrono::milliseconds>(delay), Qt::PreciseTimer, [this, place] {
+      const Job due = std::move(*place);
+      waiting_.erase(place);
+      due();
+    });
   }
+
+ private:
+  std::list<Job> waiting_;
 };
 
 }  // namespace
 
 Clock& systemClock() {
-  static SystemClock clock;
-  return clock;
+  // What still waits when the program ends is kept: the coroutines behind it never continue, and are not lost
+  // either.
+  static auto* const clock = new SystemClock;
+  return *clock;
 }
 
 Completion<void> sleep(Clock& clock, Duration delay) {
