@@ -10,8 +10,10 @@
 #include <QWindow>
 
 #include "platform/desktop/desktop.h"
+#include "platform/desktop/managed_visibility.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/panel_drag.h"
+#include "platform/desktop/pointer.h"
 #include "platform/desktop/toolkit_window.h"
 #include "platform/desktop/window_stack.h"
 
@@ -78,6 +80,9 @@ class Panel::Carrier : public QWidget {
       case QEvent::Move:
         panel.movedByOthers();
         break;
+      case QEvent::Hide:
+        if (panel.visibility_) panel.visibility_->noteHidden();
+        break;
       case QEvent::WindowActivate:
         panel.key_ = panel.canBecomeKey();
         break;
@@ -99,6 +104,10 @@ Panel::Panel(Desktop& desktop, PanelKind kind, const DesktopRect& frame)
   toolkit::removeShadow(window);
   toolkit::configure(window, deviceFrame_);
   toolkit::setLevel(*carrier_, 0);
+  if (kind_ == PanelKind::managed) {
+    visibility_ = std::make_unique<ManagedVisibility>(desktop_.server(), *carrier_,
+                                                      [this](bool shown) { apply(shown); });
+  }
   screensChanged_ = desktop_.screens().changed.subscribe([this] {
     if (kind_ == PanelKind::bypassing) applyFrame();
   });
@@ -136,7 +145,7 @@ void Panel::applyFrame() {
   if (kind_ == PanelKind::managed) toolkit::fixSize(window, deviceFrame_);
   toolkit::configure(window, deviceFrame_);
   // The window manager is told the toolkit's idea of the place when the window is shown.
-  if (kind_ == PanelKind::managed && !isVisible()) carrier_->setGeometry(toolkitRect(deviceFrame_));
+  if (kind_ == PanelKind::managed && !carrier_->isVisible()) carrier_->setGeometry(toolkitRect(deviceFrame_));
 }
 
 void Panel::noteFrame(const DesktopRect& before) {
@@ -149,7 +158,7 @@ void Panel::noteFrame(const DesktopRect& before) {
 // The toolkit's news may be older than our last request, so the server is asked: on the same connection, its
 // answer is from after that request.
 void Panel::movedByOthers() {
-  if (!isVisible()) return;
+  if (!carrier_->isVisible()) return;
   const auto actual = toolkit::geometryOf(toolkit::identifierOf(*carrier_));
   if (!actual || *actual == deviceFrame_) return;
   deviceFrame_ = *actual;
@@ -165,13 +174,24 @@ void Panel::setLevel(int level) {
 }
 
 void Panel::orderFront() {
-  if (!carrier_->isVisible()) {
-    if (kind_ == PanelKind::managed) toolkit::joinAllDesktops(toolkit::identifierOf(*carrier_));
-    carrier_->show();
-    becameShown();
-  }
+  if (!isVisible()) visibility_ ? visibility_->request(true) : apply(true);
   carrier_->raise();
   desktop_.windows().refreshSoon();
+}
+
+void Panel::orderOut() {
+  resignKey();
+  keyWhenShown_ = false;
+  visibility_ ? visibility_->request(false) : apply(false);
+  desktop_.windows().refreshSoon();
+}
+
+void Panel::apply(bool shown) {
+  if (!shown) return carrier_->hide();
+  if (kind_ == PanelKind::managed) toolkit::joinAllDesktops(toolkit::identifierOf(*carrier_));
+  carrier_->show();
+  becameShown();
+  if (std::exchange(keyWhenShown_, false)) makeKey();
 }
 
 // The toolkit shows a window with its own idea of the place, and nobody's idea of an input shape.
@@ -182,20 +202,14 @@ void Panel::becameShown() {
   toolkit::setClickThrough(window, ignoresMouse_);
 }
 
-void Panel::orderOut() {
-  resignKey();
-  carrier_->hide();
-  desktop_.windows().refreshSoon();
-}
-
-bool Panel::isVisible() const { return carrier_->isVisible(); }
+bool Panel::isVisible() const { return visibility_ ? visibility_->isShown() : carrier_->isVisible(); }
 
 bool Panel::isOccluded() const { return desktop_.windows().isCovered(toolkit::identifierOf(*carrier_)); }
 
 void Panel::setIgnoresMouseEvents(bool ignores) {
   if (ignores == ignoresMouse_) return;
   ignoresMouse_ = ignores;
-  if (isVisible()) toolkit::setClickThrough(toolkit::identifierOf(*carrier_), ignores);
+  if (carrier_->isVisible()) toolkit::setClickThrough(toolkit::identifierOf(*carrier_), ignores);
 }
 
 void Panel::setMovableByBackground(bool movable) {
@@ -207,11 +221,13 @@ void Panel::setTitle(const std::string& title) { carrier_->setWindowTitle(QStrin
 
 void Panel::makeKey() {
   if (!canBecomeKey() || !isVisible() || key_) return;
+  keyWhenShown_ = !carrier_->isVisible();
+  if (keyWhenShown_) return;
   if (kind_ == PanelKind::managed) return carrier_->activateWindow();
   const WindowId window = toolkit::identifierOf(*carrier_);
   const WindowId before = toolkit::focusedWindow();
   if (before != window) keyBefore_ = before;
-  toolkit::focus(window);
+  toolkit::focus(window, desktop_.pointer().time());
   key_ = true;
 }
 
@@ -220,7 +236,7 @@ void Panel::resignKey() {
   const WindowId before = std::exchange(keyBefore_, 0);
   // Whoever took the keyboard meanwhile keeps it.
   if (toolkit::focusedWindow() != toolkit::identifierOf(*carrier_)) return;
-  toolkit::focusIfViewable(before);
+  toolkit::focusIfViewable(before, desktop_.pointer().time());
 }
 
 void Panel::setCursor(Cursor cursor) {

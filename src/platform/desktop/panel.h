@@ -14,6 +14,7 @@ class QWidget;
 namespace velicor::desktop {
 
 class Desktop;
+class ManagedVisibility;
 class Panel;
 
 struct DeviceSize {
@@ -65,7 +66,8 @@ class Panel {
   int level() const;
   void setLevel(int level);
 
-  // Above the windows of its kind, whatever program is active.
+  // Above the windows of its kind, whatever program is active. A window manager that has not finished with a managed
+  // panel's last coming or going delays this one; isVisible() tells what was asked for.
   void orderFront();
   void orderOut();
   bool isVisible() const;
@@ -114,6 +116,7 @@ class Panel {
   friend class Carrier;
 
   void applyFrame();
+  void apply(bool shown);
   void becameShown();
   void movedByOthers();
   void noteFrame(const DesktopRect& before);
@@ -128,6 +131,8 @@ class Panel {
   bool ignoresMouse_ = false;
   bool key_ = false;
   WindowId keyBefore_ = 0;
+  bool keyWhenShown_ = false;
+  std::unique_ptr<ManagedVisibility> visibility_;  // of a managed panel
   Subscription screensChanged_;
 };
 

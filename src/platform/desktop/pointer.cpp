@@ -86,10 +86,14 @@ void Pointer::handle(const ServerEvent& event) {
   if (event.type() != XCB_GE_GENERIC) return;
   const auto& generic = event.as<xcb_ge_generic_event_t>();
   if (generic.extension != server_.connection().extensions().input.majorOpcode) return;
-  if (generic.event_type == XCB_INPUT_RAW_MOTION) handleMotion();
-  if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS &&
-      event.as<xcb_input_raw_button_press_event_t>().detail <= lastRealButton) {
-    handlePress();
+  if (generic.event_type == XCB_INPUT_RAW_MOTION) {
+    time_ = event.as<xcb_input_raw_motion_event_t>().time;
+    handleMotion();
+  }
+  if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS) {
+    const auto& press = event.as<xcb_input_raw_button_press_event_t>();
+    time_ = press.time;
+    if (press.detail <= lastRealButton) handlePress();
   }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include <QElapsedTimer>
 #include <QTimer>
 
@@ -29,6 +31,10 @@ class Pointer {
   // Whether a button is down at this moment, wheels apart; the toolkit's events may be behind. A round trip.
   bool isPressed() const;
 
+  // When the mouse last moved or a button went down, as far as is known here, by the server's clock; its
+  // present time while nothing has.
+  std::uint32_t time() const { return time_; }
+
   // Whose windows the mouse moves over.
   enum class Over { otherWindows, ownWindows };
 
@@ -37,12 +43,12 @@ class Pointer {
   // which is inactive from the start on a server without XInput 2.1 (the log has said so).
   [[nodiscard]] Subscription observeMotion(Over over, std::function<void()> handler);
 
-  // The handler is called when one of the buttons, wheels apart, goes down over other programs' windows, which
-  // get the click all the same. Ends as above.
+  // The handler is called when one of the buttons, wheels apart, goes down over other programs' windows,
+  // which get the click all the same. Ends as above.
   [[nodiscard]] Subscription observePressesElsewhere(std::function<void()> handler);
 
-  // Whether the server tells of the mouse at all, as it does at first. While it doesn't, nobody hears of motion or
-  // presses, and the mouse costs nothing.
+  // Whether the server tells of the mouse at all, as it does at first. While it doesn't, nobody hears of
+  // motion or presses, and the mouse costs nothing.
   void setWatching(bool watching);
 
  private:
@@ -58,6 +64,7 @@ class Pointer {
   Signal<> overOthers_;
   Signal<> overOwn_;
   Signal<> pressesElsewhere_;
+  std::uint32_t time_ = 0;
   QTimer due_;
   QElapsedTimer sinceReport_;
 };

@@ -108,6 +108,18 @@ std::optional<DeviceRect> geometryOf(WindowId window) {
   return DeviceRect{place->dst_x, place->dst_y, size->width, size->height};
 }
 
+void withdraw(WindowId window) {
+  if (window == 0) return;
+  forget(xcb_unmap_window_checked(connection(), window));
+  xcb_unmap_notify_event_t event{};
+  event.response_type = XCB_UNMAP_NOTIFY;
+  event.event = root();
+  event.window = window;
+  forget(xcb_send_event_checked(connection(), 0, root(),
+                                XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                                reinterpret_cast<const char*>(&event)));
+}
+
 void setClickThrough(WindowId window, bool on) {
   if (window == 0) return;
   // The toolkit's own flag would leave a rectangle behind that does not follow the window's size.
@@ -139,17 +151,17 @@ WindowId focusedWindow() {
   return focus ? focus->focus : WindowId{XCB_NONE};
 }
 
-void focus(WindowId window) {
+void focus(WindowId window, std::uint32_t time) {
   if (!connection()) return;
-  forget(xcb_set_input_focus_checked(connection(), XCB_INPUT_FOCUS_POINTER_ROOT, window, XCB_CURRENT_TIME));
+  forget(xcb_set_input_focus_checked(connection(), XCB_INPUT_FOCUS_POINTER_ROOT, window, time));
 }
 
-void focusIfViewable(WindowId window) {
+void focusIfViewable(WindowId window, std::uint32_t time) {
   if (!connection()) return;
   const auto attributes =
       reply(xcb_get_window_attributes_reply, xcb_get_window_attributes(connection(), window));
   const bool viewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-  focus(viewable ? window : WindowId{XCB_INPUT_FOCUS_POINTER_ROOT});
+  focus(viewable ? window : WindowId{XCB_INPUT_FOCUS_POINTER_ROOT}, time);
 }
 
 void removeShadow(WindowId window) {

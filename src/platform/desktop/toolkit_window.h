@@ -29,6 +29,9 @@ void configure(WindowId window, const DeviceRect& rect);
 // Where the window really is. A round trip; none when the window has gone.
 std::optional<DeviceRect> geometryOf(WindowId window);
 
+// Takes a window off the screen, and tells the window manager in so many words.
+void withdraw(WindowId window);
+
 // Whether the pointer passes the window by. To be set again after every map: whether it lasts is up to the
 // window manager and the toolkit.
 void setClickThrough(WindowId window, bool on);
@@ -41,11 +44,14 @@ DevicePoint devicePoint(const QPointF& global);
 
 // Which window has the keyboard. A round trip.
 WindowId focusedWindow();
-void focus(WindowId window);
+
+// The server takes no notice where the keyboard has been directed somewhere at a later time than this, its own one; so
+// that what comes late does not undo what the user or the window manager has done meanwhile.
+void focus(WindowId window, std::uint32_t time);
 
 // To this window, or to whichever the pointer is in where it can't have it: it has gone, is not to be seen or
 // never was one. A round trip.
-void focusIfViewable(WindowId window);
+void focusIfViewable(WindowId window, std::uint32_t time);
 
 // Asks compositing managers to draw no shadow.
 void removeShadow(WindowId window);

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <functional>
+
+#include <QTimer>
+
+#include "platform/desktop/stacking.h"
+#include "platform/notifications/signal.h"
+
+class QWidget;
+
+namespace velicor::desktop {
+
+class DisplayServer;
+
+// Shows and hides a window that a window manager keeps, one step at a time: the next one only when the
+// manager has said, in WM_STATE, that it is done with the last. A manager that is still busy with an earlier
+// showing may otherwise put the window away for the hiding after it, when the last showing has already come
+// to nothing because the window was there; the window is lost then, or its properties are. A step that the
+// manager has not followed in time is repeated once. Where no manager is nothing waits. Main thread.
+class ManagedVisibility {
+ public:
+  // `showOrHide` does it. The server and the window outlive this.
+  ManagedVisibility(DisplayServer& server, QWidget& window, std::function<void(bool shown)> showOrHide);
+  ManagedVisibility(const ManagedVisibility&) = delete;
+  ManagedVisibility& operator=(const ManagedVisibility&) = delete;
+
+  // At once, or as soon as the manager is ready. Only the last request counts.
+  void request(bool shown);
+
+  // What was requested last.
+  bool isShown() const { return wanted_; }
+
+  // The window has been hidden, by whomever.
+  void noteHidden();
+
+ private:
+  void step();
+  void apply(bool shown);
+  void proceed();
+  void losePatience();
+  void repeat();
+  bool hasManager();
+  bool isWithdrawn();
+
+  DisplayServer& server_;
+  const WindowId window_;
+  const std::function<void(bool)> showOrHide_;
+  bool wanted_ = false;
+  bool applied_ = false;
+  bool repeated_ = false;  // what is applied
+  bool applying_ = false;
+  QTimer patience_;  // runs while the manager has not answered
+  Subscription events_;
+};
+
+}  // namespace velicor::desktop
