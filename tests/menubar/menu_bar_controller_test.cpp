@@ -1,10 +1,9 @@
 #include "menubar/menu_bar_controller.h"
 
-#include <cstdlib>
 #include <filesystem>
+#include <map>
 
 #include <gmock/gmock.h>
-#include <xcb/res.h>
 
 #include "app/app_state_fixture.h"
 #include "loupe/loupe_controller.h"
@@ -42,24 +41,14 @@ class MenuBarControllerTest : public test::AppStateFixture {
   const desktop::MenuItem& item(std::size_t index) { return controller.menu().at(index); }
   int checkedMode() { return item(3).checked.value() ? 0 : item(4).checked.value() ? 1 : item(5).checked.value() ? 2 : -1; }
 
-  // Open files, threads, windows and all else that the server keeps for the desktop's connection.
-  std::vector<std::size_t> resources() {
+  // Open files, threads, windows and all else that the server keeps for the clients of the display.
+  std::map<std::string, unsigned> resources() {
     const auto entries = [](const char* place) {
-      return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(place), {}));
+      return static_cast<unsigned>(std::distance(std::filesystem::directory_iterator(place), {}));
     };
-    std::vector<std::size_t> counts{entries("/proc/self/fd"), entries("/proc/self/task")};
-    const auto clients = xcb_res_query_clients_reply(other.raw(), xcb_res_query_clients(other.raw()), nullptr);
-    for (int i = 0; i < xcb_res_query_clients_clients_length(clients); ++i) {
-      const std::uint32_t base = xcb_res_query_clients_clients(clients)[i].resource_base;
-      auto* held = xcb_res_query_client_resources_reply(other.raw(), xcb_res_query_client_resources(other.raw(), base), nullptr);
-      std::size_t sum = 0;
-      for (int type = 0; held && type < xcb_res_query_client_resources_types_length(held); ++type) {
-        sum += xcb_res_query_client_resources_types(held)[type].count;
-      }
-      counts.push_back(sum);
-      std::free(held);
-    }
-    std::free(clients);
+    auto counts = other.resources([](std::uint32_t) { return true; });
+    counts["descriptors"] = entries("/proc/self/fd");
+    counts["threads"] = entries("/proc/self/task");
     return counts;
   }
 

@@ -8,8 +8,8 @@
 
 #include "menubar/hot_key.h"
 #include "platform/desktop/desktop.h"
-#include "platform/hotkeys/xkb_protocol.h"
 #include "platform/x11/owned.h"
+#include "support/bell.h"
 #include "support/main_loop.h"
 #include "support/manual_clock.h"
 #include "support/robot.h"
@@ -25,13 +25,7 @@ namespace key = test::key;
 
 class ShortcutRecorderTest : public testing::Test {
  protected:
-  ShortcutRecorderTest() {
-    xcb_xkb_use_extension(other.raw(), 1, 0);
-    xcb_xkb_select_events(other.raw(), XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_EVENT_TYPE_BELL_NOTIFY, 0,
-                          XCB_XKB_EVENT_TYPE_BELL_NOTIFY, 0, 0, nullptr);
-    other.sync();
-    show();
-  }
+  ShortcutRecorderTest() { show(); }
 
   void show() {
     recorder->show();
@@ -43,14 +37,6 @@ class ShortcutRecorderTest : public testing::Test {
     const x11::Owned<xcb_get_input_focus_reply_t> focus{
         xcb_get_input_focus_reply(other.raw(), xcb_get_input_focus(other.raw()), nullptr)};
     return focus && focus->focus == window.winId();
-  }
-
-  // Whether the server was asked to sound the bell.
-  bool beeped() {
-    return waitUntil([&] {
-      const x11::Owned<xcb_generic_event_t> event{xcb_poll_for_event(other.raw())};
-      return event && event->pad0 == XCB_XKB_BELL_NOTIFY;
-    });
   }
 
   // What a strike makes of the open recorder: the key code and the mask that are then set, stored and told.
@@ -69,6 +55,7 @@ class ShortcutRecorderTest : public testing::Test {
   test::ManualClock clock;
   settings::Settings settings{(folder.path() + "/settings.json").toStdString(), clock};
   test::XClient other{test::xServer().name()};
+  const test::Bell bell{test::xServer().name()};
   test::Robot robot{test::xServer().name()};
   const std::unique_ptr<desktop::Desktop> desktop = std::move(*desktop::Desktop::open());
   hotkeys::HotKeys hotKeys{*desktop};
@@ -97,10 +84,10 @@ TEST_F(ShortcutRecorderTest, refusesFewerThanTwoModifiersWithABeepWhateverTheLoc
   for (const std::uint8_t lock : {key::numLock, key::capsLock, key::numLock, key::capsLock}) {
     robot.strike({lock});
     robot.strike({key::super, key::a});
-    EXPECT_TRUE(beeped());
+    EXPECT_TRUE(bell.sounds());
   }
   robot.strike({key::tab});
-  EXPECT_TRUE(beeped());
+  EXPECT_TRUE(bell.sounds());
   EXPECT_TRUE(recorder->panel().isVisible());
   EXPECT_FALSE(settings.integer("hotKeyCode"));
   EXPECT_EQ(changes, 0);

@@ -33,6 +33,13 @@ class Stage {
   // Waits until a press at this place would go to a window with exactly this frame: the loupe.
   bool takesMouse(const DeviceRect& loupe, DevicePoint place) const;
 
+  // The frame of the top-level window that gets the mouse at this place.
+  DeviceRect windowAt(DevicePoint place) const;
+
+  // Until the keyboard goes to a window with this title, or to one with exactly this frame.
+  testing::AssertionResult hasKeyboard(const std::string& title) const;
+  testing::AssertionResult hasKeyboard(const DeviceRect& frame) const;
+
   // What a user sees.
   QImage screenshot() const;
   QColor colorAt(DevicePoint place) const;
@@ -52,11 +59,12 @@ class Stage {
 inline constexpr DeviceRect loupeAtStart{553, 313, 175, 175};
 inline constexpr DevicePoint loupeCentre{640, 400};
 
-// A point on the move chip of a loupe with this device rectangle at scale 1, outside the corner, which would win.
+// A point on the move chip of a loupe with this device rectangle at scale 1, outside the corner, which would
+// win.
 inline DevicePoint moveChipOf(const DeviceRect& loupe) { return {loupe.right() - 18, loupe.y + 18}; }
 
-// A pixel of the frame's line, between two handles, and the line's colours over middle grey: nearly opaque, and half
-// transparent when locked.
+// A pixel of the frame's line, between two handles, and the line's colours over middle grey: nearly opaque,
+// and half transparent when locked.
 inline DevicePoint onFrameLine(const DeviceRect& loupe) { return {loupe.x, loupe.y + loupe.height / 4}; }
 inline constexpr QColor frameYellow(0xFA, 0xD3, 0x11);
 inline constexpr QColor frameGrey(0x98, 0x98, 0x9B);

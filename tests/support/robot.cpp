@@ -21,8 +21,8 @@ void Robot::fake(std::uint8_t type, std::uint8_t detail, DevicePoint place) {
 }
 
 void Robot::moveTo(DevicePoint place) { fake(XCB_MOTION_NOTIFY, 0, place); }
-void Robot::press() { fake(XCB_BUTTON_PRESS, 1, {}); }
-void Robot::release() { fake(XCB_BUTTON_RELEASE, 1, {}); }
+void Robot::press(std::uint8_t button) { fake(XCB_BUTTON_PRESS, button, {}); }
+void Robot::release(std::uint8_t button) { fake(XCB_BUTTON_RELEASE, button, {}); }
 
 void Robot::pressKey(std::uint8_t keycode) { fake(XCB_KEY_PRESS, keycode, {}); }
 void Robot::releaseKey(std::uint8_t keycode) { fake(XCB_KEY_RELEASE, keycode, {}); }
@@ -34,10 +34,10 @@ void Robot::strike(const std::vector<std::uint8_t>& keycodes) {
     releaseKey(*keycode);
 }
 
-void Robot::click(DevicePoint place) {
+void Robot::click(DevicePoint place, std::uint8_t button) {
   moveTo(place);
-  press();
-  release();
+  press(button);
+  release(button);
 }
 
 void Robot::drag(DevicePoint from, DevicePoint to) {

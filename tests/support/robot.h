@@ -12,23 +12,26 @@ namespace velicor::test {
 
 // The server's numbers of some keys.
 namespace key {
-inline constexpr std::uint8_t escape = 9, tab = 23, enter = 36, control = 37, a = 38, s = 39, shift = 50,
-                              alt = 64, capsLock = 66, numLock = 77, super = 133;
+inline constexpr std::uint8_t escape = 9, digit1 = 10, digit2 = 11, digit3 = 12, tab = 23, q = 24, enter = 36,
+                              control = 37, a = 38, s = 39, l = 46, shift = 50, alt = 64, capsLock = 66, f10 = 76,
+                              numLock = 77, down = 116, super = 133;
 }  // namespace key
 
 // A hand on the mouse and the keys of a display: what it does reaches programs as if a device had done it.
 // Each call returns when the server has taken it in.
 class Robot {
  public:
+  static constexpr std::uint8_t leftButton = 1, rightButton = 3;
+
   explicit Robot(const std::string& display);
   ~Robot();
   Robot(const Robot&) = delete;
   Robot& operator=(const Robot&) = delete;
 
   void moveTo(DevicePoint place);
-  void press();
-  void release();
-  void click(DevicePoint place);
+  void press(std::uint8_t button = leftButton);
+  void release(std::uint8_t button = leftButton);
+  void click(DevicePoint place, std::uint8_t button = leftButton);
 
   // Down at the first place, over to the second in a few steps, up.
   void drag(DevicePoint from, DevicePoint to);

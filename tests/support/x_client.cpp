@@ -10,8 +10,11 @@
 
 #include <sys/uio.h>
 #include <xcb/randr.h>
+#include <xcb/res.h>
 #include <xcb/shape.h>
 #include <xcb/xcbext.h>
+
+#include "platform/x11/owned.h"
 
 namespace velicor::test {
 
@@ -330,6 +333,26 @@ void XClient::defineMonitor(std::string_view name, const DeviceRect& rect, bool 
 void XClient::deleteMonitor(std::string_view name) {
   xcb_randr_delete_monitor(connection_, screen_->root, atom(name));
   sync();
+}
+
+std::map<std::string, unsigned> XClient::resources(const std::function<bool(std::uint32_t base)>& meant) const {
+  std::map<std::string, unsigned> counts;
+  const velicor::x11::Owned<xcb_res_query_clients_reply_t> clients(
+      xcb_res_query_clients_reply(connection_, xcb_res_query_clients(connection_), nullptr));
+  for (int i = 0; i < xcb_res_query_clients_clients_length(clients.get()); ++i) {
+    const std::uint32_t base = xcb_res_query_clients_clients(clients.get())[i].resource_base;
+    if (!meant(base)) continue;
+    const velicor::x11::Owned<xcb_res_query_client_resources_reply_t> held(
+        xcb_res_query_client_resources_reply(connection_, xcb_res_query_client_resources(connection_, base), nullptr));
+    for (int k = 0; held && k < xcb_res_query_client_resources_types_length(held.get()); ++k) {
+      const xcb_res_type_t& type = xcb_res_query_client_resources_types(held.get())[k];
+      const velicor::x11::Owned<xcb_get_atom_name_reply_t> name(
+          xcb_get_atom_name_reply(connection_, xcb_get_atom_name(connection_, type.resource_type), nullptr));
+      counts[{xcb_get_atom_name_name(name.get()),
+              static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get()))}] += type.count;
+    }
+  }
+  return counts;
 }
 
 void XClient::sync() const {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -92,6 +93,9 @@ class XClient {
   // none.
   void defineMonitor(std::string_view name, const DeviceRect& rect, bool primary);
   void deleteMonitor(std::string_view name);
+
+  // What the server keeps for the clients that are meant, told by their resource base: how many of each kind.
+  std::map<std::string, unsigned> resources(const std::function<bool(std::uint32_t base)>& meant) const;
 
   // The server has done all that was asked.
   void sync() const;

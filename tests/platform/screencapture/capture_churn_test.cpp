@@ -5,10 +5,7 @@
 #include <optional>
 #include <thread>
 
-#include <xcb/res.h>
-
 #include "capture_harness.h"
-#include "platform/x11/owned.h"
 
 // A program that changes its windows 200 times a second in every way there is, held still now and then: the
 // model that has followed all its events must then show what the server shows and what a service shows that
@@ -57,32 +54,11 @@ class CaptureUnderChurn : public testing::TestWithParam<bool> {
   // What the server keeps for our connections, by kind. Without the frames' memory: a stream takes up to
   // three segments when it needs them, and keeps them.
   std::map<std::string, unsigned> resources() {
-    xcb_connection_t* const raw = bench_.other.raw();
-    std::map<std::string, unsigned> counts;
-    const x11::Owned<xcb_res_query_clients_reply_t> clients(
-        xcb_res_query_clients_reply(raw, xcb_res_query_clients(raw), nullptr));
     const x11::ClientSet own = bench_.own.snapshot();
-    for (int i = 0; i < xcb_res_query_clients_clients_length(clients.get()); ++i) {
-      const std::uint32_t base = xcb_res_query_clients_clients(clients.get())[i].resource_base;
-      if (!own.made(base)) continue;
-      const x11::Owned<xcb_res_query_client_resources_reply_t> held(
-          xcb_res_query_client_resources_reply(raw, xcb_res_query_client_resources(raw, base), nullptr));
-      for (int k = 0; k < xcb_res_query_client_resources_types_length(held.get()); ++k) {
-        const xcb_res_type_t& type = xcb_res_query_client_resources_types(held.get())[k];
-        counts[nameOf(type.resource_type)] += type.count;
-      }
-    }
+    auto counts = bench_.other.resources([&own](std::uint32_t base) { return own.made(base); });
     EXPECT_LE(counts["ShmSeg"], 3U);
     counts.erase("ShmSeg");
     return counts;
-  }
-
-  std::string nameOf(xcb_atom_t atom) {
-    xcb_connection_t* const raw = bench_.other.raw();
-    const x11::Owned<xcb_get_atom_name_reply_t> name(
-        xcb_get_atom_name_reply(raw, xcb_get_atom_name(raw, atom), nullptr));
-    return {xcb_get_atom_name_name(name.get()),
-            static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get()))};
   }
 
   Bench bench_;
