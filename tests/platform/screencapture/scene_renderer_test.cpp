@@ -45,7 +45,9 @@ class SceneRendererTest : public testing::Test {
   unsigned requestsOf(Call call) {
     const unsigned before = xcb_no_operation(connection_->raw()).sequence;
     call();
-    return xcb_no_operation(connection_->raw()).sequence - before - 1;
+    const unsigned sent = xcb_no_operation(connection_->raw()).sequence - before - 1;
+    connection_->flush();
+    return sent;
   }
 
   // What the pool hands out, brought up to date.
@@ -103,6 +105,25 @@ TEST_F(SceneRendererTest, KeepsWhatADrawingFromScratchShows) {
     if (!renderer.isCurrent()) draw(renderer, pool, picture);
     ASSERT_EQ(picture, fromScratch()) << round;
   }
+}
+
+// Drawn inside after damage elsewhere became known and before the server had taken that off.
+TEST_F(SceneRendererTest, LosesNothingThatIsDrawnMeanwhile) {
+  const xcb_window_t window = other_.showPattern({90, 90, 300, 300}, {3});
+  SceneRenderer renderer(*connection_, formats_);
+  renderer.follow(plan());
+  SegmentPool pool(memory_, 3, [] {});
+  std::vector<std::byte> picture;
+  takeEvents(renderer);
+  ASSERT_TRUE(draw(renderer, pool, picture).done);
+  other_.fill(window, {0, 0, 5, 5}, 1);
+  takeEvents(renderer);
+  EXPECT_TRUE(renderer.isCurrent());
+  other_.fill(window, {50, 50, 30, 30}, 1);  // the renderer's requests have not left yet
+  takeEvents(renderer);
+  EXPECT_TRUE(renderer.drawnInside());
+  draw(renderer, pool, picture);
+  EXPECT_EQ(picture, fromScratch());
 }
 
 TEST_F(SceneRendererTest, AsksForNothingWhereNothingInsideWasDrawn) {

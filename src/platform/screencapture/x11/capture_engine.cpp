@@ -25,6 +25,9 @@ constexpr const char* threadName = "velicor.x11cap";
 // is left over is caught up with before the next frame.
 constexpr int mostRounds = 4;
 
+// Events of a reading after which there are probably more.
+constexpr int fullReading = 64;
+
 // A connection that is lost meanwhile is noticed this much later.
 constexpr Duration longestSleep = std::chrono::milliseconds(150);
 
@@ -119,19 +122,24 @@ std::optional<CaptureEngine::Instant> CaptureEngine::nextDue() {
 
 void CaptureEngine::takeEvents() {
   takeReadEvents();
-  if (lost_) return;
-  if (const auto event = connection_->nextEvent()) take(*event);
-  takeReadEvents();
+  // One reading takes in a part of what a storm of events has left.
+  for (bool more = true; more && !lost_;) {
+    const auto event = connection_->nextEvent();
+    if (event) take(*event);
+    more = takeReadEvents() >= fullReading;
+  }
 }
 
-void CaptureEngine::takeReadEvents() {
-  if (lost_) return;
-  while (const auto event = connection_->queuedEvent())
+int CaptureEngine::takeReadEvents() {
+  if (lost_) return 0;
+  int taken = 0;
+  for (; const auto event = connection_->queuedEvent(); ++taken)
     take(*event);
-  if (!connection_->isLost()) return;
+  if (!connection_->isLost()) return taken;
   lost_ = true;
   if (onLost_) dispatch::MainQueue::shared().async(std::exchange(onLost_, {}));
   endAll(connectionLostError());
+  return taken;
 }
 
 void CaptureEngine::take(const xcb_generic_event_t& event) {

@@ -54,9 +54,9 @@ class CaptureEngine {
 
   bool canSleepThroughEvents(dispatch::Duration rest);
 
-  // All that have arrived, or only those that a reply has brought along already.
+  // All that have arrived, or only those that a reply has brought along already; how many.
   void takeEvents();
-  void takeReadEvents();
+  int takeReadEvents();
   void take(const xcb_generic_event_t& event);
   void take(const xcb_generic_error_t& error);
   void catchUp();

@@ -92,22 +92,28 @@ DamageWatch::Watched* DamageWatch::find(const xcb_damage_notify_event_t& notify)
 bool DamageWatch::take(const xcb_generic_event_t& event) {
   const xcb_damage_notify_event_t* notify = damageOf(event);
   Watched* window = notify ? find(*notify) : nullptr;
-  // What was told before it was taken off has been dealt with.
-  if (!window || isBefore(event.full_sequence, window->takenOff)) return false;
-  window->drawn = united(window->drawn.value_or(DeviceRect{}), rectOf(notify->area));
+  if (!window) return false;
+  const bool isLate = isBefore(event.full_sequence, window->takenOff);
+  // What was captured since then has it.
+  if (isLate && isBefore(window->takenOff, captured_)) return false;
+  DeviceRect& part = isLate ? window->late : window->drawn;
+  part = united(part, rectOf(notify->area));
   return true;
 }
 
 void DamageWatch::takeOff(const ScenePlan& plan) {
   for (const Layer& layer : plan.layers) {
     const auto entry = windows_.find(layer.id);
-    if (entry == windows_.end() || !entry->second.drawn) continue;
-    const DeviceRect drawn = *entry->second.drawn;
-    const DeviceRect inside = drawn.intersection(inWindow(layer));
+    if (entry == windows_.end()) continue;
+    Watched& window = entry->second;
+    const DeviceRect visible = inWindow(layer);
+    sure_ = united(sure_, inFrame(plan, layer, std::exchange(window.late, {}).intersection(visible)));
+    if (window.drawn.isEmpty()) continue;
+    const DeviceRect inside = window.drawn.intersection(visible);
     // The rectangle's sides are drawn at, what is in between need not be.
-    const bool unsure = !inside.isEmpty() && !(inside == drawn);
-    takeOff(entry->second, unsure ? parts_ : XCB_NONE);
-    if (unsure) collect(parts_, inWindow(layer));
+    const bool unsure = !inside.isEmpty() && !(inside == window.drawn);
+    takeOff(window, unsure ? parts_ : XCB_NONE);
+    if (unsure) collect(parts_, visible);
     DeviceRect& part = unsure ? unsure_ : sure_;
     part = united(part, inFrame(plan, layer, inside));
   }
@@ -115,7 +121,7 @@ void DamageWatch::takeOff(const ScenePlan& plan) {
 
 void DamageWatch::takeOff(Watched& window, std::uint32_t parts) {
   window.takenOff = xcb_damage_subtract(connection_.raw(), window.damage, XCB_NONE, parts).sequence;
-  window.drawn.reset();
+  window.drawn = {};
 }
 
 void DamageWatch::collect(std::uint32_t parts, const DeviceRect& inside) {
@@ -151,7 +157,8 @@ void DamageWatch::hear() {
   unsure_ = {};
 }
 
-void DamageWatch::captured() {
+void DamageWatch::captured(std::uint32_t sequence) {
+  captured_ = sequence;
   if (!unsure_.isEmpty()) xcb_xfixes_set_region(connection_.raw(), collected_, 0, nullptr);
   sure_ = {};
   unsure_ = {};

@@ -54,8 +54,8 @@ class DamageWatch {
   void ask();
   void hear();
 
-  // Everything drawn so far has been captured.
-  void captured();
+  // Everything that was taken off has been captured since, by this request.
+  void captured(std::uint32_t sequence);
 
   // After a capture that wrote `written` and was over with this request: whether what was drawn meanwhile
   // left it torn, partly older and partly newer. Looks at events only that the capture's reply brought along,
@@ -65,8 +65,9 @@ class DamageWatch {
  private:
   struct Watched {
     std::uint32_t damage = 0;
-    std::uint32_t takenOff = 0;       // the request that last took damage off
-    std::optional<DeviceRect> drawn;  // since then, in the window's own coordinates
+    std::uint32_t takenOff = 0;  // the request that last took damage off
+    DeviceRect drawn;            // since then, in the window's own coordinates
+    DeviceRect late;             // just before it, unseen: the server no longer has it
   };
 
   const xcb_damage_notify_event_t* damageOf(const xcb_generic_event_t& event) const;
@@ -76,6 +77,7 @@ class DamageWatch {
 
   x11::Connection& connection_;
   std::map<WindowId, Watched> windows_;
+  std::uint32_t captured_ = 0;  // the last request that captured
   DeviceRect sure_;
   DeviceRect unsure_;
   std::optional<xcb_xfixes_fetch_region_cookie_t> question_;

@@ -119,9 +119,9 @@ SceneRenderer::Drawing SceneRenderer::draw(const Segment& segment) {
   damage_.hear();
   const Drawing drawing{done, task.area == everything.area, damage_.drawn() == DamageWatch::Drawn::yes,
                         rowsOf(united(task.area, damage_.part()))};
-  damage_.captured();
-  // Nobody knows what has been lost.
-  if (!done) isDrawn_ = false;
+  // Of a failure nobody knows what has been lost.
+  isDrawn_ = done;
+  if (done) damage_.captured(fetched_);
   return drawing;
 }
 
