@@ -37,10 +37,11 @@ void analyse(benchmark::State& state, Mode mode, Picture picture, gpu::Extent si
 
 void registerAll() {
   for (const gpu::Extent size : {gpu::Extent{640, 400}, gpu::Extent{1920, 1080}}) {
-    for (const auto& [mode, modeName] : {std::pair(Mode::skin, "skin"), std::pair(Mode::exposure, "exposure")}) {
+    for (const auto& [mode, modeName] :
+         {std::pair(Mode::skin, "skin"), std::pair(Mode::exposure, "exposure")}) {
       for (const Picture picture : benchmarks::allPictures) {
-        const std::string name = std::to_string(size.width) + "x" + std::to_string(size.height) + "/" + modeName +
-                                 "/" + std::string(nameOf(picture));
+        const std::string name = std::to_string(size.width) + "x" + std::to_string(size.height) + "/" +
+                                 modeName + "/" + std::string(nameOf(picture));
         benchmark::RegisterBenchmark(name.c_str(), analyse, mode, picture, size)
             ->MeasureProcessCPUTime()
             ->UseRealTime()

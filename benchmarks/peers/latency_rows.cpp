@@ -40,7 +40,8 @@ class Watch {
   Clock::time_point waitForOther(std::uint32_t colour) {
     const auto end = Clock::now() + 1s;
     while (pixel() == colour) {
-      if (Clock::now() > end) throw std::runtime_error("the loupe did not follow the screen");
+      if (Clock::now() > end)
+        throw std::runtime_error("the loupe did not follow a change of the screen within a second");
       waitForDrawing();
     }
     return Clock::now();
