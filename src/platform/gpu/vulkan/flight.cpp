@@ -1,8 +1,10 @@
 #include "platform/gpu/vulkan/flight.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace velicor::gpu::vulkan {
 
@@ -52,7 +54,8 @@ void Flight::restart() {
   context_->device().resetFences(*done_);
   argumentBuffer_ = 0;
   argumentBytes_ = 0;
-  usedSets_ = 0;
+  for (ArgumentSet& set : sets_)
+    set.used = false;
   timestamps_ = 0;
   passes_.clear();
   commands_.begin({vk::CommandBufferUsageFlagBits::eOneTimeSubmit});
@@ -77,17 +80,33 @@ vk::DescriptorBufferInfo Flight::put(std::span<const std::byte> bytes) {
   return place;
 }
 
-vk::DescriptorSet Flight::nextSet() {
-  if (usedSets_ == sets_.size()) {
-    setPools_.push_back(makeSetPool(*context_));
-    const std::vector layouts(setsPerPool, context_->setLayout());
-    vk::raii::DescriptorSets made(context_->device(), {*setPools_.back(), layouts});
-    for (vk::raii::DescriptorSet& set : made) {
-      context_->setName(*set, "arguments");
-      sets_.push_back(std::move(set));
-    }
+vk::DescriptorSet Flight::nextSet(std::uint32_t bindings) {
+  ArgumentSet* next = unusedSet(bindings);
+  if (!next) next = unusedSet(0);
+  if (!next) {
+    addSets();
+    next = unusedSet(0);
   }
-  return *sets_[usedSets_++];
+  next->bindings = bindings;
+  next->used = true;
+  return *next->set;
+}
+
+Flight::ArgumentSet* Flight::unusedSet(std::uint32_t bindings) {
+  const auto found = std::find_if(sets_.begin(), sets_.end(), [bindings](const ArgumentSet& set) {
+    return !set.used && set.bindings == bindings;
+  });
+  return found == sets_.end() ? nullptr : &*found;
+}
+
+void Flight::addSets() {
+  setPools_.push_back(makeSetPool(*context_));
+  const std::vector layouts(setsPerPool, context_->setLayout());
+  vk::raii::DescriptorSets made(context_->device(), {*setPools_.back(), layouts});
+  for (vk::raii::DescriptorSet& set : made) {
+    context_->setName(*set, "arguments");
+    sets_.push_back({std::move(set)});
+  }
 }
 
 void Flight::writeTimestamp() {

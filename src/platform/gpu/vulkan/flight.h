@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <span>
 #include <string_view>
@@ -27,8 +28,10 @@ class Flight {
   // Bytes for a function to read, or for a copy.
   vk::DescriptorBufferInfo put(std::span<const std::byte> bytes);
 
-  // A set that no earlier command of this flight uses.
-  vk::DescriptorSet nextSet();
+  // A set that no earlier command of this flight uses, to be written at these bindings (one bit each): all
+  // that was ever written to it. Some drivers also look at what a function does not use, and there must be
+  // nothing then that is gone.
+  vk::DescriptorSet nextSet(std::uint32_t bindings);
 
   // The commands since the last call, or the beginning, are the pass of this name.
   void endPass(std::string_view name);
@@ -42,6 +45,14 @@ class Flight {
   std::vector<PassTime> passTimes() const;
 
  private:
+  struct ArgumentSet {
+    vk::raii::DescriptorSet set;
+    std::uint32_t bindings = 0;  // 0: never written
+    bool used = false;           // since the last restart
+  };
+
+  ArgumentSet* unusedSet(std::uint32_t bindings);
+  void addSets();
   void writeTimestamp();
 
   ContextRef context_;
@@ -54,8 +65,7 @@ class Flight {
   std::size_t argumentBytes_ = 0;
 
   std::vector<vk::raii::DescriptorPool> setPools_;
-  std::vector<vk::raii::DescriptorSet> sets_;
-  std::size_t usedSets_ = 0;
+  std::vector<ArgumentSet> sets_;
 
   vk::raii::QueryPool clock_{nullptr};
   bool measures_;

@@ -61,7 +61,10 @@ void Recorder::bindBuffer(std::uint32_t binding, const decltype(Bindings::buffer
 }
 
 vk::DescriptorSet Recorder::descriptorSet() {
-  const vk::DescriptorSet set = flight_->nextSet();
+  std::uint32_t bindings = 0;
+  for (const vk::WriteDescriptorSet& write : bound_)
+    bindings |= std::uint32_t{1} << write.dstBinding;
+  const vk::DescriptorSet set = flight_->nextSet(bindings);
   for (vk::WriteDescriptorSet& write : bound_)
     write.dstSet = set;
   context_->device().updateDescriptorSets(bound_, {});
