@@ -9,7 +9,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace velicor::kernels::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 using plain::copySwapped;
 using plain::mixRows;
 using plain::sampleMixed;
@@ -70,8 +70,8 @@ void sampleMixed(const MixedTexel* texels, const Tap* taps, std::size_t count, b
     const auto weights = hn::BitCast(
         d, hn::Set(sums, static_cast<std::int32_t>(taps[i].weight << 16 | (256 - taps[i].weight))));
     auto second = hn::Zero(sums);
-    const auto first = hn::ReorderWidenMulAccumulate(sums, channels, weights, start, second);
-    const auto sum = hn::RearrangeToOddPlusEven(first, second);
+    const auto first = hn::ReorderWidenMulAccumulate(sums, channels, weights, hn::Zero(sums), second);
+    const auto sum = hn::Add(start, hn::RearrangeToOddPlusEven(first, second));
     const auto pixel = hn::TableLookupBytes(hn::BitCast(bytes, sum), picking);
     store(to, hn::GetLane(hn::BitCast(hn::CappedTag<Packed, 4>(), pixel)));
   }

@@ -9,7 +9,7 @@
 HWY_BEFORE_NAMESPACE();
 namespace velicor::kernels::HWY_NAMESPACE {
 
-#if HWY_TARGET == HWY_SCALAR
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
 using plain::paintHeat;
 using plain::paintSkin;
 #else

@@ -12,7 +12,7 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace velicor::kernels::HWY_NAMESPACE {
-#if HWY_TARGET != HWY_SCALAR
+#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
 
 namespace hn = hwy::HWY_NAMESPACE;
 
@@ -43,18 +43,20 @@ HWY_INLINE HalfVector pairs(std::int32_t low, std::int32_t high) {
                                                              (static_cast<std::uint32_t>(low) & 0xFFFF))));
 }
 
-// start + a.low × b.low + a.high × b.high + … of each lane's pairs, within 32 bits.
+// start + a.low × b.low + a.high × b.high + … of each lane's pairs, within 32 bits. Which sums the two halves hold
+// depends on the processor; only their end is each lane's own.
 class PairSum {
  public:
   explicit HWY_INLINE PairSum(std::int32_t start = 0)
-      : first_(hn::Set(Numbers(), start)), second_(hn::Zero(Numbers())) {}
+      : start_(hn::Set(Numbers(), start)), first_(hn::Zero(Numbers())), second_(hn::Zero(Numbers())) {}
   HWY_INLINE PairSum& add(HalfVector a, HalfVector b) {
     first_ = hn::ReorderWidenMulAccumulate(Numbers(), a, b, first_, second_);
     return *this;
   }
-  HWY_INLINE NumberVector total() const { return hn::RearrangeToOddPlusEven(first_, second_); }
+  HWY_INLINE NumberVector total() const { return hn::Add(start_, hn::RearrangeToOddPlusEven(first_, second_)); }
 
  private:
+  NumberVector start_;
   NumberVector first_;
   NumberVector second_;
 };

@@ -1,14 +1,19 @@
 #include "platform/gpu/native/crew.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <string>
 #include <system_error>
 #include <thread>
 #include <vector>
 
 #include <pthread.h>
+#include <sched.h>
+
+#include "platform/log/log.h"
 
 namespace velicor::gpu {
 
@@ -34,12 +39,15 @@ class Crew::Helpers {
       thread.join();
   }
 
-  // Fewer than asked for where the system gives no more.
+  // Fewer than asked for where the system gives no more, which is tried once.
   void ensure(std::size_t count) {
+    if (refused_) return;
     try {
       while (threads_.size() < count)
         threads_.emplace_back([this] { help(); });
-    } catch (const std::system_error&) {
+    } catch (const std::system_error& refusal) {
+      refused_ = true;
+      log::Logger("gpu").error("no more threads for large frames: " + std::string(refusal.what()));
     }
   }
 
@@ -89,6 +97,7 @@ class Crew::Helpers {
   const Job* job_ = nullptr;
   int busy_ = 0;
   bool ending_ = false;
+  bool refused_ = false;
   std::atomic<int> nextBand_{0};
   std::vector<std::thread> threads_;
 };
@@ -105,10 +114,15 @@ int Crew::bandsFor(int rows, int pixelsPerRow) const {
 
 void Crew::share(const Job& job) {
   if (!helpers_) helpers_ = std::make_unique<Helpers>();
-  helpers_->ensure(static_cast<std::size_t>(job.bands / bandsPerThread - 1));
+  helpers_->ensure(static_cast<std::size_t>(std::max(job.bands / bandsPerThread - 1, 0)));
   helpers_->share(job);
 }
 
-int allThreads() { return static_cast<int>(std::thread::hardware_concurrency()); }
+// Those of the machine may be more: the process may be held to a few.
+int allThreads() {
+  cpu_set_t allowed;
+  if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return CPU_COUNT(&allowed);
+  return static_cast<int>(std::thread::hardware_concurrency());
+}
 
 }  // namespace velicor::gpu

@@ -1,5 +1,6 @@
 #include "platform/gpu/native/scratch.h"
 
+#include <algorithm>
 #include <new>
 
 #include "platform/gpu/native/native_resources.h"
@@ -18,10 +19,11 @@ struct Scratch {
 std::span<std::byte> scratchBytes(std::size_t length) {
   thread_local Scratch scratch;
   if (length > scratch.length) {
+    const std::size_t grown = std::max(length, 2 * scratch.length);  // a frame that grows under the hand asks often
     scratch = {};
-    scratch.memory = allocatePages(length);
+    scratch.memory = allocatePages(grown);
     if (!scratch.memory) throw std::bad_alloc();
-    scratch.length = length;
+    scratch.length = grown;
   }
   return {scratch.memory.get(), length};
 }
