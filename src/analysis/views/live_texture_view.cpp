@@ -171,17 +171,22 @@ void LiveTextureView::paintPicture(QPainter& painter, QImage image) const {
   if (alpha_ == 1 && !fourthByteCounts_) makeOpaque(painter, place());
 }
 
-// A clip with soft edges makes painting many times slower, so only what has corners is painted with one.
+// A clip with soft edges makes painting many times slower, so only what has corners is painted with one. The parts
+// meet between two device pixels, at any scale.
 void LiveTextureView::paintRounded(QPainter& painter, const QImage& image) const {
-  const int corners = std::min(static_cast<int>(std::ceil(2 * cornerRadius_)), height() / 2);
-  const QRect middle = rect().adjusted(0, corners, 0, -corners);
-  painter.setClipRect(middle);
+  const double scale = devicePixelRatioF();
+  const double deviceHeight = std::round(height() * scale);
+  const double corners = std::min(std::ceil(2 * cornerRadius_ * scale), std::floor(deviceHeight / 2));
+  const double upper = corners / scale;
+  const double lower = (deviceHeight - corners) / scale;
+  const auto band = [this](double top, double bottom) { return QRectF(0, top, width(), bottom - top); };
+  painter.setClipRect(band(upper, lower));
   paintPicture(painter, image);
   painter.setRenderHint(QPainter::Antialiasing);
   const QPainterPath outline = desktop::continuousCorners(rect(), cornerRadius_);
-  for (const int top : {0, height() - corners}) {
+  for (const QRectF& end : {band(0, upper), band(lower, height())}) {
     painter.setClipPath(outline);
-    painter.setClipRect(QRect(0, top, width(), corners), Qt::IntersectClip);
+    painter.setClipRect(end, Qt::IntersectClip);
     paintPicture(painter, image);
   }
 }
