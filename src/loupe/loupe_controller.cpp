@@ -93,6 +93,8 @@ void LoupeController::addFrameView() {
   frameView_->onDrag = [this](LoupeFrameView::Zone zone, DesktopSize delta, DesktopRect startFrame) {
     applyDrag(zone, delta, startFrame);
   };
+  // What was decided in the middle of a drag was about a window on its way; a mouse that rests asks for nothing more.
+  frameView_->onRelease = [this] { updateMousePassthrough(); };
   frameView_->onPanelToggle = [this] {
     if (onPanelToggle) onPanelToggle();
   };

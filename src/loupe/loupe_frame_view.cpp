@@ -129,6 +129,7 @@ void LoupeFrameView::mouseReleaseEvent(QMouseEvent* event) {
   if (toggles && onPanelToggle) onPanelToggle();
   isInteracting_ = false;
   update();
+  if (onRelease) onRelease();
 }
 
 void LoupeFrameView::hideEvent(QHideEvent*) { abandonPress(); }

@@ -31,6 +31,9 @@ class LoupeFrameView : public QWidget {
   // A click on the panel chip was released over it.
   std::function<void()> onPanelToggle;
 
+  // Whatever was pressed has been let go, and the window is where it was dragged to.
+  std::function<void()> onRelease;
+
   // A locked loupe can't be moved or resized and is drawn grey. Set from outside, followed by update().
   bool isLocked = false;
 
