@@ -1,8 +1,10 @@
 #include "platform/desktop/desktop.h"
 
+#include <cstdint>
 #include <utility>
 
 #include <QGuiApplication>
+#include <QInputEvent>
 
 #include "platform/desktop/activation.h"
 #include "platform/desktop/compositor.h"
@@ -14,6 +16,36 @@
 
 namespace velicor::desktop {
 
+namespace {
+
+// The toolkit's windows get their keys and clicks on a connection of its own; their time is the server's.
+class InputTimes : public QObject {
+ public:
+  explicit InputTimes(Pointer& pointer) : pointer_(pointer) { qApp->installEventFilter(this); }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    switch (event->type()) {
+      case QEvent::KeyPress:
+      case QEvent::KeyRelease:
+      case QEvent::MouseButtonPress:
+      case QEvent::MouseButtonRelease:
+        if (watched->isWindowType() && event->spontaneous()) {
+          pointer_.noteTime(static_cast<std::uint32_t>(static_cast<QInputEvent*>(event)->timestamp()));
+        }
+        break;
+      default:
+        break;
+    }
+    return false;
+  }
+
+ private:
+  Pointer& pointer_;
+};
+
+}  // namespace
+
 struct Desktop::Services {
   explicit Services(std::unique_ptr<x11::Connection> connection) : server(std::move(connection)) {}
 
@@ -21,6 +53,7 @@ struct Desktop::Services {
   MonitorScreens screens{server};
   WindowStack windows{server};
   Pointer pointer{server, screens, windows};
+  InputTimes inputTimes{pointer};
   Compositor compositor{server};
   Activation activation;
 };

@@ -83,9 +83,14 @@ bool ManagedVisibility::hasManager() {
   return !x11::propertyNumbers(server_.connection(), server_.root(), x11::Atom::netSupportingWmCheck).empty();
 }
 
+// A window that can be seen is not withdrawn, even where the manager does not keep WM_STATE.
 bool ManagedVisibility::isWithdrawn() {
-  const auto state = x11::propertyNumbers(server_.connection(), window_, x11::Atom::wmState);
-  return state.empty() || state.front() == withdrawnState;
+  x11::Connection& connection = server_.connection();
+  const auto asked = xcb_get_window_attributes(connection.raw(), window_);
+  const auto state = x11::propertyNumbers(connection, window_, x11::Atom::wmState);
+  const auto attributes = connection.reply(xcb_get_window_attributes_reply, asked);
+  if (state.empty()) return !attributes || (*attributes)->map_state != XCB_MAP_STATE_VIEWABLE;
+  return state.front() == withdrawnState;
 }
 
 }  // namespace velicor::desktop

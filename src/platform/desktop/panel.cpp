@@ -81,7 +81,8 @@ class Panel::Carrier : public QWidget {
         panel.movedByOthers();
         break;
       case QEvent::Hide:
-        if (panel.visibility_) panel.visibility_->noteHidden();
+        // The toolkit says the same when the window manager minimises the window, of its own accord.
+        if (panel.visibility_ && !event->spontaneous()) panel.visibility_->noteHidden();
         break;
       case QEvent::WindowActivate:
         panel.key_ = panel.canBecomeKey();
@@ -228,7 +229,7 @@ void Panel::makeKey() {
   const WindowId before = toolkit::focusedWindow();
   if (before != window) keyBefore_ = before;
   toolkit::focus(window, desktop_.pointer().time());
-  key_ = true;
+  key_ = toolkit::focusedWindow() == window;
 }
 
 void Panel::resignKey() {

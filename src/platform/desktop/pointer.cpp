@@ -21,6 +21,9 @@ constexpr int realButtons = XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_M
 constexpr int anyButton =
     XCB_BUTTON_MASK_1 | XCB_BUTTON_MASK_2 | XCB_BUTTON_MASK_3 | XCB_BUTTON_MASK_4 | XCB_BUTTON_MASK_5;
 
+constexpr std::uint32_t watchedEvents = XCB_INPUT_XI_EVENT_MASK_RAW_MOTION |
+                                        XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS |
+                                        XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE;
 constexpr std::uint32_t lastRealButton = 3;  // those after it are wheels
 
 // Raw events reach every client that asks, also while another program holds the pointer in a grab.
@@ -29,7 +32,7 @@ void selectRawEvents(DisplayServer& server, bool on) {
     xcb_input_event_mask_t head;
     std::uint32_t mask;
   } const request{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
-                  on ? XCB_INPUT_XI_EVENT_MASK_RAW_MOTION | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS : 0U};
+                  on ? watchedEvents : 0U};
   xcb_input_xi_select_events(server.raw(), server.root(), 1, &request.head);
 }
 
@@ -82,18 +85,33 @@ void Pointer::setWatching(bool watching) {
   server_.connection().flush();
 }
 
+// The server's clock goes round after 49 days.
+void Pointer::noteTime(std::uint32_t time) {
+  if (time_ == 0 || static_cast<std::int32_t>(time - time_) > 0) time_ = time;
+}
+
 void Pointer::handle(const ServerEvent& event) {
+  // Of the keys that are grabbed for shortcuts.
+  if (event.type() == XCB_KEY_PRESS || event.type() == XCB_KEY_RELEASE) {
+    noteTime(event.as<xcb_key_press_event_t>().time);
+  }
   if (event.type() != XCB_GE_GENERIC) return;
   const auto& generic = event.as<xcb_ge_generic_event_t>();
   if (generic.extension != server_.connection().extensions().input.majorOpcode) return;
-  if (generic.event_type == XCB_INPUT_RAW_MOTION) {
-    time_ = event.as<xcb_input_raw_motion_event_t>().time;
-    handleMotion();
-  }
-  if (generic.event_type == XCB_INPUT_RAW_BUTTON_PRESS) {
-    const auto& press = event.as<xcb_input_raw_button_press_event_t>();
-    time_ = press.time;
-    if (press.detail <= lastRealButton) handlePress();
+  switch (generic.event_type) {
+    case XCB_INPUT_RAW_MOTION:
+      noteTime(event.as<xcb_input_raw_motion_event_t>().time);
+      handleMotion();
+      break;
+    case XCB_INPUT_RAW_BUTTON_PRESS:
+      noteTime(event.as<xcb_input_raw_button_press_event_t>().time);
+      if (event.as<xcb_input_raw_button_press_event_t>().detail <= lastRealButton) handlePress();
+      break;
+    case XCB_INPUT_RAW_BUTTON_RELEASE:
+      noteTime(event.as<xcb_input_raw_button_release_event_t>().time);
+      break;
+    default:
+      break;
   }
 }
 

@@ -31,9 +31,12 @@ class Pointer {
   // Whether a button is down at this moment, wheels apart; the toolkit's events may be behind. A round trip.
   bool isPressed() const;
 
-  // When the mouse last moved or a button went down, as far as is known here, by the server's clock; its
-  // present time while nothing has.
+  // When the user last moved the mouse, pressed a button or struck a key, as far as is known here, by the server's clock;
+  // its present time while nothing is known.
   std::uint32_t time() const { return time_; }
+
+  // Of an event that the toolkit got. Older ones than the last change nothing.
+  void noteTime(std::uint32_t time);
 
   // Whose windows the mouse moves over.
   enum class Over { otherWindows, ownWindows };
