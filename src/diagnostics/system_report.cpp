@@ -97,7 +97,7 @@ std::string systemReport(const Result<std::unique_ptr<x11::Connection>>& server)
                        std::string(product::build()) + "\nsystem: " + operatingSystem().name + ", " + kernel() +
                        "\ntoolkit: Qt " + qVersion() + "\nenvironment: " + environment() + "\n";
   report += connection ? displayReport(*connection) + "interface font: " + font() + "\n"
-                       : "X server: none (" + server.error().description + ")\n";
+                       : "X server: none that can be reached\n";
   report += "status area: " + statusArea(connection) + "\nanalysis device: " + device() +
             "\nsettings: " + settingsState() + "\n";
   return report + remarks.text();
