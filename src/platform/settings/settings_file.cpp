@@ -40,19 +40,6 @@ Result<QByteArray> readAll(const std::filesystem::path& path) {
   return bytes;
 }
 
-Result<QJsonObject> read(const std::filesystem::path& path) {
-  const auto bytes = readAll(path);
-  if (!bytes) return tl::unexpected(bytes.error());
-  QJsonParseError error;
-  const QJsonObject content = QJsonDocument::fromJson(*bytes, &error).object();
-  if (error.error != QJsonParseError::NoError) return unreadable(error.errorString());
-  if (content.value(QLatin1String(formatMember)) != QJsonValue(QLatin1String(formatName)) ||
-      !content.value(QLatin1String(valuesMember)).isObject()) {
-    return unreadable("not a settings file of this program");
-  }
-  return content;
-}
-
 std::filesystem::path freeNameBeside(const std::filesystem::path& file) {
   for (int number = 1;; ++number) {
     std::filesystem::path name = file;
@@ -79,10 +66,21 @@ std::filesystem::path userFile() {
   return std::filesystem::path(folder.toStdString()) / "velicor" / "settings.json";
 }
 
+Result<QJsonObject> contentFrom(const QByteArray& bytes) {
+  QJsonParseError error;
+  const QJsonObject content = QJsonDocument::fromJson(bytes, &error).object();
+  if (error.error != QJsonParseError::NoError) return unreadable(error.errorString());
+  if (content.value(QLatin1String(formatMember)) != QJsonValue(QLatin1String(formatName)) ||
+      !content.value(QLatin1String(valuesMember)).isObject()) {
+    return unreadable("not a settings file of this program");
+  }
+  return content;
+}
+
 QJsonObject readOrSetAside(const std::filesystem::path& file) {
   std::error_code ignored;
   if (std::filesystem::status(file, ignored).type() == std::filesystem::file_type::not_found) return {};
-  const auto content = read(file);
+  const auto content = readAll(file).and_then(contentFrom);
   if (content) return *content;
   setAside(file, content.error().description);
   return {};

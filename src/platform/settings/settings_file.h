@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <optional>
 
+#include <QByteArray>
 #include <QJsonObject>
 
 #include "platform/base/error.h"
@@ -14,6 +15,9 @@ namespace velicor::settings {
 // Where this user's settings belong: $XDG_CONFIG_HOME/velicor/settings.json, with ~/.config where the
 // variable is not set or not absolute.
 std::filesystem::path userFile();
+
+// What these bytes of a file hold; an error where they are none of ours.
+Result<QJsonObject> contentFrom(const QByteArray& bytes);
 
 // The file's content; an empty object when there is none. A file that can't be read as ours is renamed to the
 // first free "….broken-N" beside it, with a log line, and counts as none.

@@ -5,6 +5,7 @@
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/display_server.h"
 #include "platform/tray/status_area.h"
+#include "platform/tray/tray_colors.h"
 #include "platform/x11/properties.h"
 
 namespace velicor::tray {
@@ -27,17 +28,13 @@ LegacyTray::LegacyTray(desktop::Desktop& desktop, const QString& title, const Te
 
 void LegacyTray::tint() { carrier_.setIcon(iconOf(icon_, foreground())); }
 
-// Sixteen bits for each of red, green and blue, the ordinary colour first.
 QColor LegacyTray::foreground() const {
   x11::Connection& connection = desktop_.server().connection();
   const auto owner = connection.reply(
       xcb_get_selection_owner_reply, xcb_get_selection_owner(connection.raw(), traySelection(connection)));
   if (!owner || (*owner)->owner == XCB_NONE) return {};
   const auto asked = x11::askProperty(connection, (*owner)->owner, connection.intern("_NET_SYSTEM_TRAY_COLORS"));
-  const std::vector<std::uint32_t> colors = x11::propertyNumbers(connection, asked);
-  if (colors.size() < 3) return {};
-  const auto channel = [&colors](std::size_t i) { return static_cast<int>(colors[i] >> 8 & 0xFF); };
-  return QColor(channel(0), channel(1), channel(2));
+  return foregroundFrom(x11::propertyNumbers(connection, asked));
 }
 
 }  // namespace velicor::tray

@@ -1,11 +1,11 @@
 #include "platform/screencapture/x11/window_questions.h"
 
-#include <algorithm>
-#include <string_view>
+#include <string>
 #include <utility>
 
 #include <xcb/shape.h>
 
+#include "platform/screencapture/x11/appearance.h"
 #include "platform/x11/properties.h"
 
 namespace velicor::screencapture {
@@ -17,9 +17,6 @@ using x11::Connection;
 
 // A frame with more windows in it than this is none: looking through them would take long.
 constexpr std::size_t mostSiblings = 64;
-
-// "mutter guard window" and its relatives.
-constexpr std::string_view guardName = " guard window";
 
 void select(Connection& connection, WindowId window, std::uint32_t mask) {
   xcb_change_window_attributes(connection.raw(), window, XCB_CW_EVENT_MASK, &mask);
@@ -100,34 +97,25 @@ AppearanceQuestion askAppearance(Connection& connection, FramedClient window) {
   return asked;
 }
 
-void takeClient(Connection& connection, const AppearanceQuestion& asked, Appearance& appearance) {
-  const auto extents = x11::propertyNumbers(connection, asked.extents);
+void answerClient(Connection& connection, const AppearanceQuestion& asked, AppearanceProperties& properties) {
+  properties.extents = x11::propertyNumbers(connection, asked.extents);
   const auto corner = connection.reply(xcb_translate_coordinates_reply, asked.corner);
   const auto size = connection.reply(xcb_get_geometry_reply, asked.size);
-  appearance.clientShaped = isShaped(connection, asked.shape);
+  properties.clientShaped = isShaped(connection, asked.shape);
   if (!corner || !size) return;
-  const DeviceRect place{(*corner)->dst_x, (*corner)->dst_y, (*size)->width, (*size)->height};
-  appearance.clientPlace = place;
-  if (extents.size() != 4) return;
-  const auto pixels = [&extents](std::size_t side) { return static_cast<int>(extents[side] & 0xffff); };
-  const int left = pixels(0);
-  const int top = pixels(2);
-  appearance.painted = DeviceRect{place.x - left, place.y - top, place.width + left + pixels(1),
-                                  place.height + top + pixels(3)};
+  properties.clientPlace = DeviceRect{(*corner)->dst_x, (*corner)->dst_y, (*size)->width, (*size)->height};
 }
 
 Appearance answerAppearance(Connection& connection, const AppearanceQuestion& asked) {
-  const xcb_atom_t hidden = connection.atom(Atom::netWmStateHidden);
-  Appearance appearance;
-  const auto states = x11::propertyNumbers(connection, asked.state);
-  appearance.minimised = std::find(states.begin(), states.end(), hidden) != states.end();
-  appearance.desktop = x11::propertyNumber(connection, asked.desktop);
-  const auto opacity = x11::propertyNumber(connection, asked.opacity);
-  const auto clientOpacity = x11::propertyNumber(connection, asked.clientOpacity);
-  appearance.opacity = opacity.value_or(clientOpacity.value_or(fullyOpaque));
-  appearance.guard = x11::propertyText(connection, asked.name).ends_with(guardName);
-  if (asked.window.client != 0) takeClient(connection, asked, appearance);
-  return appearance;
+  AppearanceProperties properties;
+  properties.states = x11::propertyNumbers(connection, asked.state);
+  properties.desktop = x11::propertyNumber(connection, asked.desktop);
+  properties.opacity = x11::propertyNumber(connection, asked.opacity);
+  properties.clientOpacity = x11::propertyNumber(connection, asked.clientOpacity);
+  const std::string name = x11::propertyText(connection, asked.name);
+  properties.name = name;
+  if (asked.window.client != 0) answerClient(connection, asked, properties);
+  return appearanceFrom(properties, connection.atom(Atom::netWmStateHidden));
 }
 
 }  // namespace

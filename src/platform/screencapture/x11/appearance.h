@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/base/geometry.h"
+#include "platform/screencapture/x11/window_stack.h"
+
+// What properties mean that managers and programs set as they like, apart from the asking.
+namespace velicor::screencapture {
+
+// As the server has them; empty or none where it has nothing.
+struct AppearanceProperties {
+  std::vector<std::uint32_t> states;  // _NET_WM_STATE
+  std::optional<std::uint32_t> desktop;
+  std::optional<std::uint32_t> opacity;        // of the child of the root window
+  std::optional<std::uint32_t> clientOpacity;  // of the program's own window
+  std::string_view name;
+
+  // Of a frame only.
+  std::optional<DeviceRect> clientPlace;  // relative to the inner corner of the frame's border
+  std::vector<std::uint32_t> extents;     // _NET_FRAME_EXTENTS: left, right, top, bottom
+  bool clientShaped = false;
+};
+
+// `hiddenState` is the atom of the state that minimised windows have.
+Appearance appearanceFrom(const AppearanceProperties& properties, std::uint32_t hiddenState);
+
+}  // namespace velicor::screencapture
