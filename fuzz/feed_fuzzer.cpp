@@ -2,8 +2,6 @@
 // without the mutations having to survive the document's syntax.
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -11,18 +9,14 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include "demand.h"
 #include "update/release.h"
 #include "update/update_config.h"
 
 namespace {
 
 using velicor::Release;
-
-void demand(bool condition, const char* what) {
-  if (condition) return;
-  std::fprintf(stderr, "broken: %s\n", what);
-  std::abort();
-}
+using velicor::fuzz::demand;
 
 // Another reading of the text, as strict as can be: an allowed host right after the slashes or after the last
 // "@" of what precedes the first delimiter, followed by nothing but a port.

@@ -6,6 +6,9 @@ namespace velicor::desktop {
 
 namespace {
 
+// No screen reaches farther. What a bar claims beyond is held, so that sums stay within their range.
+constexpr std::uint32_t largestCoordinate = 0xffff;
+
 bool touches(const Strut::Side& side, int low, int high) {
   return side.depth > 0 && side.start < high && side.end >= low;
 }
@@ -14,7 +17,9 @@ bool touches(const Strut::Side& side, int low, int high) {
 
 Strut readStrut(const std::vector<std::uint32_t>& numbers, const DeviceRect& root) {
   if (numbers.size() != 4 && numbers.size() != 12) return {};
-  const auto number = [&](std::size_t index) { return static_cast<int>(numbers[index]); };
+  const auto number = [&](std::size_t index) {
+    return static_cast<int>(std::min(numbers[index], largestCoordinate));
+  };
   const auto side = [&](std::size_t index, int length) {
     if (numbers.size() == 4) return Strut::Side{number(index), 0, length - 1};
     return Strut::Side{number(index), number(4 + 2 * index), number(5 + 2 * index)};

@@ -33,6 +33,10 @@ TEST(Struts, theFourNumberFormReservesWholeEdges) {
 TEST(Struts, nonsenseReservesNothing) {
   EXPECT_EQ(withoutStruts(left, root, {readStrut({1, 2, 3}, root)}), left);
   EXPECT_EQ(withoutStruts(right, root, {readStrut({0, 0, 0, 5000}, root)}), right);
+  constexpr std::uint32_t half = std::uint32_t{1} << 31;
+  EXPECT_EQ(withoutStruts(left, root, {readStrut({half, half, half, half}, root)}), left);
+  // Up to the end, however far that is said to be.
+  EXPECT_EQ(withoutStruts(left, root, {bottomBar(40, 0, 0xffffffff)}), (DeviceRect{0, 0, 1500, 960}));
 }
 
 }  // namespace
