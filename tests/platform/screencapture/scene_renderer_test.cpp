@@ -40,13 +40,13 @@ class SceneRendererTest : public testing::Test {
       renderer.take(*event);
   }
 
-  // Requests that this sends.
+  // Requests that this sends. The server has done them afterwards.
   template <typename Call>
   unsigned requestsOf(Call call) {
     const unsigned before = xcb_no_operation(connection_->raw()).sequence;
     call();
     const unsigned sent = xcb_no_operation(connection_->raw()).sequence - before - 1;
-    connection_->flush();
+    connection_->intern("VELICOR_ROUND_TRIP");
     return sent;
   }
 
