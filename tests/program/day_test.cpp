@@ -41,8 +41,11 @@ class DayTest : public testing::Test {
   // high, and a heading comes first.
   void pickInMenu(DevicePoint covered, int mode, const std::function<void()>& open) {
     const DeviceRect before = stage_.windowAt(covered);
-    open();
-    ASSERT_TRUE(waitUntil([&] { return stage_.windowAt(covered) != before; }));
+    // Again where it came too early for a window that was still on its way.
+    ASSERT_TRUE(waitUntil([&] {
+      open();
+      return waitUntil([&] { return stage_.windowAt(covered) != before; }, 1s);
+    }));
     const DeviceRect menu = stage_.windowAt(covered);
     hand().click({menu.x + 60, menu.y + 41 + 24 * mode});
   }

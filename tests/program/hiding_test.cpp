@@ -87,7 +87,7 @@ TEST_F(HidingTest, HiddenItCostsNothingAndTheShortcutBringsItBack) {
   EXPECT_EQ(velicor.terminate(), 0);
 }
 
-// As fast as the keys come; the program may find several strikes waiting at once.
+// Each time as soon as the loupe is there or gone, whatever the window manager still has to do with the panel.
 TEST_F(HidingTest, TwoHundredTimesQuicklyLeaveNothingBehind) {
   Launch launch = stage_.launch();
   launch.environment = {"ASAN_OPTIONS=quarantine_size_mb=1"};  // which would keep what was freed
@@ -95,20 +95,19 @@ TEST_F(HidingTest, TwoHundredTimesQuicklyLeaveNothingBehind) {
   ASSERT_TRUE(isShown()) << velicor.log();
   ASSERT_TRUE(velicor.waitForLog("update check failed")) << "the network's threads are there";
   const auto footprint = [&] {
-    auto counts = stage_.painter().resources([](std::uint32_t) { return true; });
+    auto counts = stage_.painter().resourcesOf(static_cast<std::uint32_t>(velicor.processID()));
     counts["descriptors"] = entriesOf(velicor.processID(), "/fd");
     counts["threads"] = entriesOf(velicor.processID(), "/task");
     return counts;
   };
   // Ends hidden.
   const auto showAndHide = [&](int times) {
-    for (int i = 0; i < 2 * times; ++i) {
+    for (int i = 0; i < times; ++i) {
       strikeShortcut();
-      if (i % 20 == 0) {
-        ASSERT_TRUE(isShown());
-      }
+      ASSERT_TRUE(isShown()) << velicor.log();
+      strikeShortcut();
+      ASSERT_TRUE(isHidden()) << velicor.log();
     }
-    ASSERT_TRUE(isHidden()) << velicor.log();
   };
   strikeShortcut();
   showAndHide(20);

@@ -355,6 +355,17 @@ std::map<std::string, unsigned> XClient::resources(const std::function<bool(std:
   return counts;
 }
 
+std::map<std::string, unsigned> XClient::resourcesOf(std::uint32_t process) const {
+  return resources([&](std::uint32_t base) {
+    const xcb_res_client_id_spec_t spec{base, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    const velicor::x11::Owned<xcb_res_query_client_ids_reply_t> reply(
+        xcb_res_query_client_ids_reply(connection_, xcb_res_query_client_ids(connection_, 1, &spec), nullptr));
+    const auto first = reply ? xcb_res_query_client_ids_ids_iterator(reply.get()) : xcb_res_client_id_value_iterator_t{};
+    return first.rem > 0 && xcb_res_client_id_value_value_length(first.data) > 0 &&
+           *xcb_res_client_id_value_value(first.data) == process;
+  });
+}
+
 void XClient::sync() const {
   std::free(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
 }

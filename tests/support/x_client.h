@@ -97,6 +97,9 @@ class XClient {
   // What the server keeps for the clients that are meant, told by their resource base: how many of each kind.
   std::map<std::string, unsigned> resources(const std::function<bool(std::uint32_t base)>& meant) const;
 
+  // The same for the connections of a process.
+  std::map<std::string, unsigned> resourcesOf(std::uint32_t process) const;
+
   // The server has done all that was asked.
   void sync() const;
 

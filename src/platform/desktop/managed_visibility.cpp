@@ -72,6 +72,8 @@ void ManagedVisibility::losePatience() {
 void ManagedVisibility::repeat() {
   if (applied_) {
     apply(false);
+    // The frame of an earlier showing hears of no further one.
+    toolkit::returnToRoot(window_);
     apply(true);
   } else {
     toolkit::withdraw(window_);

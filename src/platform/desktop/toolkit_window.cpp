@@ -120,6 +120,15 @@ void withdraw(WindowId window) {
                                 reinterpret_cast<const char*>(&event)));
 }
 
+void returnToRoot(WindowId window) {
+  if (window == 0) return;
+  const auto tree = reply(xcb_query_tree_reply, xcb_query_tree(connection(), window));
+  const auto place = geometryOf(window);
+  if (!tree || !place || tree->parent == root()) return;
+  forget(xcb_reparent_window_checked(connection(), window, root(), static_cast<std::int16_t>(place->x),
+                                     static_cast<std::int16_t>(place->y)));
+}
+
 void setClickThrough(WindowId window, bool on) {
   if (window == 0) return;
   // The toolkit's own flag would leave a rectangle behind that does not follow the window's size.

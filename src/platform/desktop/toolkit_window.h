@@ -32,6 +32,9 @@ std::optional<DeviceRect> geometryOf(WindowId window);
 // Takes a window off the screen, and tells the window manager in so many words.
 void withdraw(WindowId window);
 
+// Out of a frame that a window manager has left it in. A round trip.
+void returnToRoot(WindowId window);
+
 // Whether the pointer passes the window by. To be set again after every map: whether it lasts is up to the
 // window manager and the toolkit.
 void setClickThrough(WindowId window, bool on);
