@@ -13,6 +13,12 @@ namespace fs = std::filesystem;
 
 enum Step { makeFolder = 1, makeFile, writeFile, moveFile };
 
+// A write that the system cut short has no reason yet; the next one meets it.
+std::string reasonOf(QTemporaryFile& file) {
+  file.flush();
+  return file.errorString().toStdString();
+}
+
 tl::unexpected<Error> failed(Step step, const fs::path& path, const std::string& reason) {
   return failure("velicor.files", step, path.string() + ": " + reason);
 }
@@ -39,14 +45,14 @@ Result<IncomingFile> IncomingFile::create(const fs::path& folder) {
 Status IncomingFile::append(const QByteArray& piece) {
   for (qint64 done = 0; done < piece.size();) {
     const qint64 taken = file_->write(piece.constData() + done, piece.size() - done);
-    if (taken <= 0) return failed(writeFile, folder_, file_->errorString().toStdString());
+    if (taken <= 0) return failed(writeFile, folder_, reasonOf(*file_));
     done += taken;
   }
   return {};
 }
 
 Result<fs::path> IncomingFile::moveInto(const std::string& name) {
-  if (!file_->flush()) return failed(writeFile, folder_, file_->errorString().toStdString());
+  if (!file_->flush()) return failed(writeFile, folder_, reasonOf(*file_));
   const fs::path place = folder_ / name;
   std::error_code error;
   fs::rename(file_->fileName().toStdString(), place, error);

@@ -1,15 +1,18 @@
 #include "platform/desktop/panel.h"
 
+#include <chrono>
 #include <utility>
 
 #include <QCloseEvent>
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTimer>
 #include <QWidget>
 #include <QWindow>
 
 #include "platform/desktop/desktop.h"
+#include "platform/desktop/display_server.h"
 #include "platform/desktop/managed_visibility.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/panel_drag.h"
@@ -75,10 +78,10 @@ class Panel::Carrier : public QWidget {
     switch (event->type()) {
       case QEvent::Resize:
         if (content) content->setGeometry(rect());
-        panel.movedByOthers();
+        noteGeometry();
         break;
       case QEvent::Move:
-        panel.movedByOthers();
+        noteGeometry();
         break;
       case QEvent::Hide:
         // The toolkit says the same when the window manager minimises the window, of its own accord.
@@ -95,6 +98,25 @@ class Panel::Carrier : public QWidget {
     }
     return handled;
   }
+
+ private:
+  // A manager that is about to show the window puts it into a frame first, and that in its place later: until the
+  // window can be seen, its place means nothing.
+  void noteGeometry() {
+    if (panel.kind_ == PanelKind::bypassing || isViewable()) return panel.movedByOthers();
+    QTimer::singleShot(placing, this, [this] {
+      if (isViewable()) panel.movedByOthers();
+    });
+  }
+
+  bool isViewable() {
+    x11::Connection& server = panel.desktop_.server().connection();
+    const auto attributes = server.reply(
+        xcb_get_window_attributes_reply, xcb_get_window_attributes(server.raw(), toolkit::identifierOf(*this)));
+    return attributes && (*attributes)->map_state == XCB_MAP_STATE_VIEWABLE;
+  }
+
+  static constexpr auto placing = std::chrono::milliseconds(100);
 };
 
 Panel::Panel(Desktop& desktop, PanelKind kind, const DesktopRect& frame)
