@@ -56,6 +56,7 @@ class Panel::Carrier : public QWidget {
   }
 
   Panel& panel;
+  std::uint32_t keyTime = 0;  // when the keyboard was taken, by the server's clock
   QWidget* content = nullptr;
   std::optional<PanelDrag> drag;  // where the background moves the panel
 
@@ -250,7 +251,8 @@ void Panel::makeKey() {
   const WindowId window = toolkit::identifierOf(*carrier_);
   const WindowId before = toolkit::focusedWindow();
   if (before != window) keyBefore_ = before;
-  toolkit::focus(window, desktop_.pointer().time());
+  carrier_->keyTime = desktop_.pointer().time();
+  toolkit::focus(window, carrier_->keyTime);
   key_ = toolkit::focusedWindow() == window;
 }
 
@@ -259,7 +261,8 @@ void Panel::resignKey() {
   const WindowId before = std::exchange(keyBefore_, 0);
   // Whoever took the keyboard meanwhile keeps it.
   if (toolkit::focusedWindow() != toolkit::identifierOf(*carrier_)) return;
-  toolkit::focusIfViewable(before, desktop_.pointer().time());
+  // Under the time when it was taken: whatever has been done about the keyboard since then is newer, and stays.
+  toolkit::focusIfViewable(before, carrier_->keyTime);
 }
 
 void Panel::setCursor(Cursor cursor) {
