@@ -47,13 +47,9 @@ class DayTest : public testing::Test {
       if (!waitUntil([&] { return stage_.windowAt(covered) != before; }, 1s)) return false;
       const DeviceRect menu = stage_.windowAt(covered);
       hand().click({menu.x + 60, menu.y + 41 + 24 * mode});
-      return waitUntil([&] { return isNear(stage_.colorAt(inTheLoupe), expected); }, 2s);
+      return bool(stage_.shows(inTheLoupe, expected, 2, 2s));
     });
     return picked ? testing::AssertionSuccess() : shows(expected);
-  }
-
-  static bool isNear(QColor a, QColor b) {
-    return std::abs(a.red() - b.red()) <= 2 && std::abs(a.green() - b.green()) <= 2 && std::abs(a.blue() - b.blue()) <= 2;
   }
 
   QVariantMap statusItem(StatusArea& area, int index) { return area.menu().value(index).properties; }

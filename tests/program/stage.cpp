@@ -124,8 +124,9 @@ QColor Stage::colorAt(DevicePoint place) const {
   return grab(painter_.raw(), painter_.root(), {place.x, place.y, 1, 1}).pixelColor(0, 0);
 }
 
-testing::AssertionResult Stage::shows(DevicePoint place, QColor color, int tolerance) const {
-  if (waitUntil([&] { return isNear(colorAt(place), color, tolerance); })) return testing::AssertionSuccess();
+testing::AssertionResult Stage::shows(DevicePoint place, QColor color, int tolerance,
+                                      std::chrono::milliseconds limit) const {
+  if (waitUntil([&] { return isNear(colorAt(place), color, tolerance); }, limit)) return testing::AssertionSuccess();
   return testing::AssertionFailure() << "(" << place.x << ", " << place.y << ") shows "
                                      << colorAt(place).name().toStdString() << ", not "
                                      << color.name().toStdString();

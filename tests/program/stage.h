@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -46,7 +47,8 @@ class Stage {
 
   // Until a pixel of the screen shows the colour, each channel within the tolerance; says what it shows when
   // it does not in time.
-  testing::AssertionResult shows(DevicePoint place, QColor color, int tolerance = 0) const;
+  testing::AssertionResult shows(DevicePoint place, QColor color, int tolerance = 0,
+                                 std::chrono::milliseconds limit = std::chrono::seconds(10)) const;
 
  private:
   XServer server_;
