@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEventLoop>
+#include <QTimer>
 
 #include "platform/dispatch/main_queue.h"
 
@@ -10,10 +11,11 @@ namespace velicor::test {
 
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
   const QDeadlineTimer deadline(limit);
+  QTimer wake;  // the condition is looked at again in any case
+  wake.start(5);
   while (!condition()) {
     if (deadline.hasExpired()) return false;
-    // A short wait inside the loop: an event ends it at once, the condition is looked at again in any case.
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
   }
   return true;
