@@ -5,8 +5,9 @@
 #   so an arrow that points up (or sideways) ends the configuration. PUBLIC and PRIVATE take modules and
 #   outside libraries alike.
 #
-# velicor_test(NAME  SOURCES …  LINK …  [DISPLAY])
-#   One GoogleTest program, each case a CTest test. DISPLAY: it starts private X servers.
+# velicor_test(NAME  SOURCES …  LINK …  [DISPLAY] [TIMEOUT seconds])
+#   One GoogleTest program, each case a CTest test. DISPLAY: it starts private X servers. TIMEOUT: for a case that takes
+#   more than two minutes in its long form.
 
 add_library(velicor_flags INTERFACE)
 target_compile_options(velicor_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
@@ -49,7 +50,7 @@ function(velicor_module name floor)
 endfunction()
 
 function(velicor_test name)
-  cmake_parse_arguments(arg "DISPLAY" "" "SOURCES;LINK" ${ARGN})
+  cmake_parse_arguments(arg "DISPLAY" "TIMEOUT" "SOURCES;LINK" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE velicor_flags velicor_test_main ${arg_LINK})
@@ -57,5 +58,8 @@ function(velicor_test name)
   if(arg_DISPLAY)
     set(labels display)
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS ${labels} TIMEOUT 120)
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS ${labels} TIMEOUT ${arg_TIMEOUT})
 endfunction()

@@ -6,6 +6,7 @@
 #include <fstream>
 #include <map>
 
+#include "program/footprint.h"
 #include "program/stage.h"
 #include "program/status_area.h"
 #include "support/main_loop.h"
@@ -38,19 +39,6 @@ long switchesSince(std::map<std::string, long> before, qint64 process) {
   for (const auto& [thread, count] : contextSwitches(process))
     sum += count - before[thread];
   return sum;
-}
-
-unsigned entriesOf(qint64 process, const std::string& folder) {
-  const std::filesystem::directory_iterator entries("/proc/" + std::to_string(process) + folder);
-  return static_cast<unsigned>(std::distance(begin(entries), end(entries)));
-}
-
-// In kilobytes.
-long residentMemory(qint64 process) {
-  std::ifstream status("/proc/" + std::to_string(process) + "/status");
-  for (std::string line; std::getline(status, line);)
-    if (line.starts_with("VmRSS:")) return std::stol(line.substr(6));
-  return 0;
 }
 
 class HidingTest : public testing::Test {
@@ -94,13 +82,7 @@ TEST_F(HidingTest, TwoHundredTimesQuicklyLeaveNothingBehind) {
   RunningVelicor velicor(launch);
   ASSERT_TRUE(isShown()) << velicor.log();
   ASSERT_TRUE(velicor.waitForLog("update check failed")) << "the network's threads are there";
-  const auto footprint = [&] {
-    auto counts = stage_.painter().resourcesOf(static_cast<std::uint32_t>(velicor.processID()));
-    counts.erase("XFixesRegion");  // a few that the capture keeps from when it first needs them
-    counts["descriptors"] = entriesOf(velicor.processID(), "/fd");
-    counts["threads"] = entriesOf(velicor.processID(), "/task");
-    return counts;
-  };
+  const auto footprint = [&] { return footprintOf(stage_, velicor); };
   constexpr DevicePoint panel{928, 770};
   constexpr QColor panelGround(0x1E, 0x1E, 0x1E);
   // Ends hidden.
@@ -116,11 +98,11 @@ TEST_F(HidingTest, TwoHundredTimesQuicklyLeaveNothingBehind) {
   showAndHide(20);
   waitUntil([] { return false; }, 1s);
   const auto before = footprint();
-  const long memory = residentMemory(velicor.processID());
+  const long memory = residentMemory(velicor);
   showAndHide(200);
   waitUntil([&] { return footprint() == before; });
   EXPECT_EQ(footprint(), before);
-  const long growth = residentMemory(velicor.processID()) - memory;
+  const long growth = residentMemory(velicor) - memory;
   RecordProperty("growth", static_cast<int>(growth));
   EXPECT_LT(growth, 16384) << "kB; the address sanitizer takes a multiple";
   strikeShortcut();

@@ -29,6 +29,7 @@ class Stage {
   Launch launch() const { return {.display = server_.name()}; }
 
   XClient& painter() { return painter_; }
+  const XClient& painter() const { return painter_; }
   Robot& mouse() { return mouse_; }
 
   // Waits until a press at this place would go to a window with exactly this frame: the loupe.

@@ -342,6 +342,9 @@ std::map<std::string, unsigned> XClient::resources(const std::function<bool(std:
   for (int i = 0; i < xcb_res_query_clients_clients_length(clients.get()); ++i) {
     const std::uint32_t base = xcb_res_query_clients_clients(clients.get())[i].resource_base;
     if (!meant(base)) continue;
+    const velicor::x11::Owned<xcb_res_query_client_pixmap_bytes_reply_t> pixmaps(xcb_res_query_client_pixmap_bytes_reply(
+        connection_, xcb_res_query_client_pixmap_bytes(connection_, base), nullptr));
+    counts["bytes of pixmaps"] += pixmaps ? pixmaps->bytes : 0;
     const velicor::x11::Owned<xcb_res_query_client_resources_reply_t> held(
         xcb_res_query_client_resources_reply(connection_, xcb_res_query_client_resources(connection_, base), nullptr));
     for (int k = 0; held && k < xcb_res_query_client_resources_types_length(held.get()); ++k) {

@@ -94,7 +94,8 @@ class XClient {
   void defineMonitor(std::string_view name, const DeviceRect& rect, bool primary);
   void deleteMonitor(std::string_view name);
 
-  // What the server keeps for the clients that are meant, told by their resource base: how many of each kind.
+  // What the server keeps for the clients that are meant, told by their resource base: how many of each kind,
+  // and the bytes of their pixmaps.
   std::map<std::string, unsigned> resources(const std::function<bool(std::uint32_t base)>& meant) const;
 
   // The same for the connections of a process.
