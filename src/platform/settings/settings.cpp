@@ -73,20 +73,24 @@ void Settings::setValue(std::string_view key, const Value& value) {
   const QString name = toQt(key);
   // Whoever saves everything at every change must not wear the disk. After a failure each call counts as a
   // change, so that it is tried again.
-  if (!unwritten_ && values_.value(name) == encoded) return;
-  values_.insert(name, encoded);
-  changed();
+  if (values_.value(name) != encoded) {
+    values_.insert(name, encoded);
+    unwritten_.insert(name);
+  }
+  writeSoon();
 }
 
 void Settings::remove(std::string_view key) {
   const QString name = toQt(key);
-  if (!unwritten_ && !values_.contains(name)) return;
-  values_.remove(name);
-  changed();
+  if (values_.contains(name)) {
+    values_.remove(name);
+    unwritten_.insert(name);
+  }
+  writeSoon();
 }
 
-void Settings::changed() {
-  unwritten_ = true;
+void Settings::writeSoon() {
+  if (unwritten_.empty()) return;
   if (std::exchange(writeScheduled_, true)) return;
   clock_.callAfter(writeDelay, [life = std::weak_ptr<Settings*>(life_)] {
     const auto settings = life.lock();
@@ -96,10 +100,27 @@ void Settings::changed() {
   });
 }
 
+QJsonObject Settings::toWrite() const {
+  std::error_code ignored;  // where it can't be looked at, writing fails with the reason
+  const bool isThere = std::filesystem::is_regular_file(file_, ignored);
+  const QJsonObject present = isThere ? readOrSetAside(file_) : QJsonObject();
+  if (present.isEmpty()) return withValues(content_, values_);
+  QJsonObject values = valuesOf(present);
+  for (const QString& key : unwritten_) {
+    const QJsonValue value = values_.value(key);
+    if (value.isUndefined()) {
+      values.remove(key);
+    } else {
+      values.insert(key, value);
+    }
+  }
+  return withValues(present, values);
+}
+
 void Settings::flush() {
-  if (!unwritten_) return;
-  const Status written = write(file_, withValues(content_, values_));
-  unwritten_ = !written;
+  if (unwritten_.empty()) return;
+  const Status written = write(file_, toWrite());
+  if (written) unwritten_.clear();
   if (!written && !failureLogged_)
     log::Logger("settings").error("settings not saved: " + written.error().description);
   failureLogged_ = !written;

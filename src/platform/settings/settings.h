@@ -4,11 +4,13 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include <QJsonObject>
+#include <QString>
 
 #include "platform/dispatch/clock.h"
 #include "platform/settings/value.h"
@@ -21,8 +23,9 @@ namespace velicor::settings {
 // converted but an integer by number(). Keys that nobody asks for, such as those of a newer version, are
 // kept.
 //
-// Changes reach the disk together, 250 ms after the first of them. A failure to write is logged once, until
-// writing works again; it is tried again with the next change and at flush().
+// Changes reach the disk together, 250 ms after the first of them. What another process has written meanwhile
+// stays, but for the keys that were changed here. A failure to write is logged once, until writing works
+// again; it is tried again with the next change and at flush().
 class Settings {
  public:
   // Reads the file (see settings_file.h for what happens to one that can't be read). The clock must outlive
@@ -59,13 +62,14 @@ class Settings {
  private:
   template <typename T>
   std::optional<T> held(std::string_view key) const;
-  void changed();
+  void writeSoon();
+  QJsonObject toWrite() const;
 
   const std::filesystem::path file_;
   dispatch::Clock& clock_;
   QJsonObject content_;  // the file as it was read; its values are out of date
   QJsonObject values_;
-  bool unwritten_ = false;
+  std::set<QString> unwritten_;  // the keys that were changed, or removed
   bool writeScheduled_ = false;
   bool failureLogged_ = false;
   std::shared_ptr<Settings*> life_;  // what scheduled writes find the object by

@@ -56,7 +56,7 @@ void setAside(const std::filesystem::path& file, const std::string& reason) {
   const std::string outcome =
       error ? "could not be set aside (" + error.message() + ")" : "set aside as " + aside.string();
   log::Logger("settings")
-      .error(file.string() + " can't be read (" + reason + "), " + outcome + "; starting with defaults");
+      .error(file.string() + " can't be read (" + reason + "), " + outcome + "; its values are not used");
 }
 
 }  // namespace
@@ -95,7 +95,10 @@ Status write(const std::filesystem::path& file, const QJsonObject& content) {
   if (error) return failure(errorDomain, error.value(), folder.string() + ": " + error.message());
   QSaveFile target(toQt(file));
   const QByteArray bytes = QJsonDocument(content).toJson();
-  if (!target.open(QIODevice::WriteOnly) || target.write(bytes) != bytes.size() || !target.commit()) {
+  // commit() itself takes no notice of what the disk has no room for.
+  const bool isWritten =
+      target.open(QIODevice::WriteOnly) && target.write(bytes) == bytes.size() && target.flush();
+  if (!isWritten || !target.commit()) {
     return failure(errorDomain, target.error(), file.string() + ": " + target.errorString().toStdString());
   }
   return {};

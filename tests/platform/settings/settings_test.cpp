@@ -1,11 +1,17 @@
 #include "platform/settings/settings.h"
 
 #include <cmath>
+#include <csignal>
 #include <fstream>
+#include <functional>
 #include <limits>
 #include <sstream>
 
 #include <gmock/gmock.h>
+#include <sys/fsuid.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <QTemporaryDir>
 
 #include "platform/settings/settings_file.h"
@@ -164,6 +170,92 @@ INSTANTIATE_TEST_SUITE_P(Contents, BrokenSettingsTest,
                                          "{\"values\": {\"fps\": 10}}",
                                          "{\"format\": \"velicor-settings\", \"values\": 3}",
                                          std::string(2 << 20, ' '), std::string("\0\xff\xfe", 3)));
+
+TEST_F(SettingsTest, AFileCutAnywhereIsReadWholeOrSetAsideAsItIs) {
+  {
+    Settings settings(file, clock);
+    settings.setInteger("fps", 30);
+    settings.setReal("opacity", 0.5);
+    settings.setStringList("palette", {"#FFF200", "ü"});
+  }
+  const std::string whole = written();
+  const fs::path aside = file.parent_path() / "settings.json.broken-1";
+  for (std::size_t length = 0; length <= whole.size(); ++length) {
+    write(whole.substr(0, length));
+    const Settings settings(file, clock);
+    if (fs::exists(file)) {
+      EXPECT_GE(length, whole.size() - 1) << "all but the last line's end";
+      EXPECT_THAT(settings.stringList("palette"), Optional(ElementsAre("#FFF200", "ü")));
+    } else {
+      EXPECT_FALSE(settings.value("fps") || settings.value("opacity") || settings.value("palette"));
+      EXPECT_EQ(fs::file_size(aside), length);
+      fs::remove(aside);
+    }
+  }
+}
+
+// The disk is full, and then it is not; the folder can't be written to, and then it can.
+TEST_F(SettingsTest, WhatCannotBeWrittenNowIsWrittenLaterAndTheOldFileStaysWhole) {
+  Settings settings(file, clock);
+  settings.setInteger("fps", 10);
+  settings.flush();
+  const std::string before = written();
+  const auto failsTo = [&](int fps, const std::function<void()>& obstruct, const std::function<void()>& clear) {
+    const test::LogRecorder complaints;
+    settings.setInteger("fps", fps);
+    obstruct();
+    settings.flush();
+    settings.flush();
+    clear();
+    EXPECT_EQ(written(), before);
+    EXPECT_THAT(complaints.lines(), ElementsAre(HasSubstr("settings not saved")));
+    EXPECT_EQ(std::distance(fs::directory_iterator(file.parent_path()), fs::directory_iterator()), 1);
+    settings.flush();
+    EXPECT_THAT(Settings(file, clock).integer("fps"), Optional(fps));
+    settings.setInteger("fps", 10);
+    settings.flush();
+  };
+  rlimit usual{};
+  getrlimit(RLIMIT_FSIZE, &usual);
+  const auto limitFiles = [&](rlim_t size) {
+    const rlimit limit{size, usual.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  };
+  std::signal(SIGXFSZ, SIG_IGN);
+  failsTo(15, [&] { limitFiles(16); }, [&] { limitFiles(usual.rlim_cur); });
+  // The superuser may write everywhere; others see to it by the folder's permissions.
+  const fs::path place = file.parent_path();
+  failsTo(30, [&] { fs::permissions(place, fs::perms(0555)), setfsuid(65534); },
+          [&] { setfsuid(geteuid()), fs::permissions(place, fs::perms(0700)); });
+}
+
+TEST_F(SettingsTest, TwoWritersKeepWhatTheOtherHasChanged) {
+  Settings first(file, clock);
+  first.setInteger("fps", 10);
+  first.setInteger("mode", 1);
+  first.setString("old", "");
+  first.flush();
+  Settings second(file, clock);
+  second.setInteger("mode", 2);
+  second.remove("old");
+  second.flush();
+  first.setInteger("mode", 1);
+  first.setInteger("fps", 30);
+  first.flush();
+  {
+    const Settings read(file, clock);
+    EXPECT_THAT(read.integer("fps"), Optional(30));
+    EXPECT_THAT(read.integer("mode"), Optional(2));
+    EXPECT_EQ(read.value("old"), std::nullopt);
+  }
+  write("half a fi");
+  first.setInteger("fps", 15);
+  first.flush();
+  EXPECT_TRUE(fs::exists(file.string() + ".broken-1"));
+  const Settings read(file, clock);
+  EXPECT_THAT(read.integer("fps"), Optional(15));
+  EXPECT_THAT(read.integer("mode"), Optional(1)) << "what is left to know";
+}
 
 TEST_F(SettingsTest, SomethingElseInTheFilesPlaceIsSetAsideToo) {
   fs::create_directories(file);
