@@ -84,6 +84,37 @@ TEST(LifeTest, TheLossOfTheServerEndsItWithAnErrorAndKeepsTheSettings) {
   EXPECT_NE(velicor.settings().find("\"mode\": 1"), std::string::npos) << velicor.settings();
 }
 
+// The connection that redirects the windows: the server ends it, and none of the others.
+bool endCaptureConnection(XClient& killer) {
+  std::vector<std::uint32_t> bases;
+  killer.resources([&](std::uint32_t base) { return bases.push_back(base), false; });
+  const auto redirects = [&](std::uint32_t base) {
+    return killer.resources([&](std::uint32_t each) { return each == base; }).contains("CompositeClientSubwindows");
+  };
+  const auto capture = std::find_if(bases.begin(), bases.end(), redirects);
+  if (capture == bases.end()) return false;
+  for (std::uint32_t i = 1; i < 64; ++i)
+    xcb_kill_client(killer.raw(), *capture + i);  // a resource of its, where there is one of this number
+  killer.sync();
+  return true;
+}
+
+TEST(LifeTest, TheCaptureGoesOnWhenItsConnectionIsEnded) {
+  Stage stage(Surroundings::windowManager);
+  const xcb_window_t ground = stage.painter().showColour(screen, 0xC29682);
+  stage.painter().lower(ground);
+  Launch launch = stage.launch();
+  launch.mode = 2;
+  RunningVelicor velicor(launch);
+  ASSERT_TRUE(stage.shows(loupeCentre, QColor(0xED, 0xC5, 0x18), 2)) << velicor.log();
+  waitUntil([] { return false; }, std::chrono::seconds(1));  // ended sooner, it would not be tried again
+  ASSERT_TRUE(endCaptureConnection(stage.painter()));
+  ASSERT_TRUE(velicor.waitForLog("goes on with another one")) << velicor.log();
+  stage.painter().setColour(ground, 0x999999);
+  EXPECT_TRUE(stage.shows(loupeCentre, QColor(0xEB, 0xD1, 0x1A), 2)) << velicor.log();
+  EXPECT_EQ(velicor.terminate(), 0) << velicor.log();
+}
+
 class StatisticsTest : public testing::Test {
  protected:
   Stage stage_{Surroundings::windowManagerAndCompositor};

@@ -17,8 +17,10 @@ namespace velicor::screencapture {
 // every window keeps its whole picture, also where others cover it. What was covered before has to be drawn
 // anew by its program first, and would show our own windows until then.
 //
-// `onLost` is called once, on the main thread, when the server went away or ended this connection, before any
-// stream says that it stopped. The service does not come back.
+// A connection that the server ends, while it goes on, is replaced by another one before any stream says that it
+// stopped; streams made from then on run there. `onLost` is called once, on the main thread, when the server went
+// away, or ends the next connection at once as well, before any stream says that it stopped. The service does not
+// come back then.
 Result<std::unique_ptr<Service>> makeX11Service(const std::string& displayName = {},
                                                 x11::OwnClients& own = x11::OwnClients::shared(),
                                                 std::function<void()> onLost = {});
