@@ -89,6 +89,7 @@ screencapture::StreamConfiguration CaptureManager::configurationFor(const Region
 
 void CaptureManager::stop() {
   suspended_ = true;
+  output_->setPassing(false);
   chain_.enqueue([this] { return runStop(life_); });
 }
 
@@ -105,6 +106,7 @@ QCoro::Task<> CaptureManager::runStop(Life life) {
 void CaptureManager::resume() {
   if (!suspended_) return;
   suspended_ = false;
+  output_->setPassing(true);
   if (!pendingRegion_) return;
   retriesLeft_ = allowedRestarts;
   start(pendingRegion_->screen);

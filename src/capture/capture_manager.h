@@ -62,7 +62,8 @@ class CaptureManager {
   // 50 ms.
   void updateRegion(const DesktopRect& rect, const desktop::Screen& screen);
 
-  // Suspends: ends the capture and starts none until resume(), which restarts it for the last known region.
+  // Suspends: ends the capture and starts none until resume(), which restarts it for the last known region. When it
+  // returns, no frame reaches onFrame any more.
   void stop();
   void resume();
 

@@ -20,13 +20,18 @@ void FrameOutput::setHandler(Handler handler) {
   handler_ = std::move(handler);
 }
 
+void FrameOutput::setPassing(bool passing) {
+  const std::scoped_lock guard(mutex_);
+  passing_ = passing;
+}
+
 void FrameOutput::didOutputSampleBuffer(screencapture::Stream& /*stream*/,
                                         const screencapture::SampleBuffer& sample,
                                         screencapture::OutputType type) {
   if (type != screencapture::OutputType::screen || !isComplete(sample) || !sample.imageBuffer) return;
   DebugDump::tick("captured");
   const std::scoped_lock guard(mutex_);
-  if (handler_) handler_(sample.imageBuffer);
+  if (handler_ && passing_) handler_(sample.imageBuffer);
 }
 
 }  // namespace velicor

@@ -18,6 +18,10 @@ class FrameOutput : public screencapture::StreamOutput {
   // any more.
   void setHandler(Handler handler);
 
+  // Whether frames are passed on, as they are at first. Any thread but the output queue's; when it returns, none is
+  // being passed on that should not be.
+  void setPassing(bool passing);
+
   // On the output queue; calls the handler there.
   void didOutputSampleBuffer(screencapture::Stream& stream, const screencapture::SampleBuffer& sample,
                              screencapture::OutputType type) override;
@@ -25,6 +29,7 @@ class FrameOutput : public screencapture::StreamOutput {
  private:
   std::mutex mutex_;
   Handler handler_;
+  bool passing_ = true;
 };
 
 }  // namespace velicor

@@ -138,6 +138,7 @@ void MenuBarController::hide() {
   scopes_.panel().orderOut();
   environment_.desktop.pointer().setWatching(false);
   state_.capture.stop();
+  if (state_.processor) state_.processor->reset();  // a frame may have come in since
   scheduleDockExit();
   rebuildMenu();
 }

@@ -31,9 +31,12 @@ RunningVelicor::RunningVelicor(const Launch& launch) {
   }
   process_.setProcessEnvironment(environment);
   process_.setWorkingDirectory(folder_.path());
-  QStringList arguments;
-  for (const std::string& argument : launch.arguments) arguments << QString::fromStdString(argument);
-  process_.start(VELICOR_PROGRAM, arguments);
+  QStringList command;
+  for (const std::string& argument : launch.under) command << QString::fromStdString(argument);
+  command << VELICOR_PROGRAM;
+  for (const std::string& argument : launch.arguments) command << QString::fromStdString(argument);
+  const QString program = command.takeFirst();
+  process_.start(program, command);
 }
 
 RunningVelicor::~RunningVelicor() {

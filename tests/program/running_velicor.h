@@ -19,6 +19,7 @@ struct Launch {
   bool withSettings = true;                // false: the settings file does not exist yet
   std::vector<std::string> environment{};  // "NAME=value"
   std::vector<std::string> arguments{};
+  std::vector<std::string> under{};  // a program, with its arguments, that becomes ours in the end
 };
 
 // The real program, with settings of its own, until it is ended, at the latest with this object.

@@ -202,6 +202,13 @@ void LiveTextureView::showEvent(QShowEvent*) {
   setNeedsDisplay();
 }
 
+// Nothing of the screen stays in memory that nobody sees.
+void LiveTextureView::hideEvent(QHideEvent*) {
+  drawable_.reset();
+  drawables_ = device_->makeDrawables();
+  noteOpaqueness();
+}
+
 void LiveTextureView::watchWindows() {
   const desktop::Panel* panel = desktop::Panel::of(this);
   if (!panel || windows_.isActive()) return;

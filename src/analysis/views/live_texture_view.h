@@ -14,8 +14,8 @@ class QPainter;
 namespace velicor {
 
 // A view of pictures that a device draws. It draws on demand only: when its notification is posted while it
-// can be seen, when it is shown or resized, or when asked to; never on a timer. The device's finished picture
-// is what every paint event shows, over whatever lies below, at the view's alpha; a repaint that nobody asked
+// can be seen, when it is shown or resized, or when asked to; never on a timer. The device's finished picture,
+// which goes when the view is hidden, is what every paint event shows, over whatever lies below, at the view's alpha; a repaint that nobody asked
 // for costs no draw. While a draw is under way any number of demands lead to one more draw after it. Main
 // thread.
 class LiveTextureView : public QWidget {
@@ -69,6 +69,7 @@ class LiveTextureView : public QWidget {
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
   void showEvent(QShowEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
 
   // Which part of the view the picture is made for and painted on, in device pixels from its top-left corner.
   // All of it where no heir says otherwise.
@@ -89,7 +90,7 @@ class LiveTextureView : public QWidget {
   void watchWindows();
 
   const std::shared_ptr<gpu::Device> device_;
-  const std::shared_ptr<gpu::Drawables> drawables_;
+  std::shared_ptr<gpu::Drawables> drawables_;
   std::weak_ptr<Delegate> delegate_;
   std::shared_ptr<gpu::Drawable> drawable_;  // of the draw that is being encoded
   double alpha_ = 1;

@@ -211,7 +211,10 @@ void Panel::orderOut() {
 }
 
 void Panel::apply(bool shown) {
-  if (!shown) return carrier_->hide();
+  if (!shown) {
+    carrier_->hide();
+    return toolkit::forgetPicture(*carrier_);
+  }
   if (kind_ == PanelKind::managed) toolkit::joinAllDesktops(toolkit::identifierOf(*carrier_));
   carrier_->show();
   becameShown();

@@ -10,6 +10,8 @@
 #include <xcb/shape.h>
 #include <xcb/xcb.h>
 #include <QApplication>
+#include <QBackingStore>
+#include <QPainter>
 #include <QRegion>
 #include <QScreen>
 #include <QWidget>
@@ -257,6 +259,19 @@ void setInTaskbar(QWidget& window, bool listed) {
   setNumbers(id, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, {&type, 1});
   const std::array left{atom("_NET_WM_STATE_SKIP_TASKBAR"), atom("_NET_WM_STATE_SKIP_PAGER")};
   window.isVisible() ? askForState(id, left, listed) : setStateBeforeMap(id, left, listed);
+}
+
+void forgetPicture(QWidget& window) {
+  QBackingStore* const store = window.backingStore();
+  if (!store || store->size().isEmpty()) return;
+  const QRect all(QPoint(), store->size());
+  store->beginPaint(all);
+  {
+    QPainter painter(store->paintDevice());
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.fillRect(all, Qt::black);
+  }
+  store->endPaint();
 }
 
 void setLevel(QWidget& window, int level) {

@@ -73,6 +73,9 @@ void fixSize(WindowId window, const DeviceRect& rect);
 // again before every map: the manager forgets.
 void setInTaskbar(QWidget& window, bool listed);
 
+// For a hidden window: what it showed last leaves the toolkit's memory. It is painted anew when it is shown.
+void forgetPicture(QWidget& window);
+
 // A level among our windows; goes with the widget, shown or not. 0 for windows that were given none.
 void setLevel(QWidget& window, int level);
 int levelOf(const QWidget& window);

@@ -38,6 +38,11 @@ NativeTexture::NativeTexture(std::shared_ptr<Device> device, const TextureDescri
   image_ = {picture_->bytes(), picture_->bytesPerRow(), width(), height(), pixelFormat()};
 }
 
+// What was on the screen does not stay in memory that is free. A plain fill of it could be left out.
+NativeTexture::~NativeTexture() {
+  if (memory_) explicit_bzero(memory_.get(), image_.bytesPerRow * static_cast<std::size_t>(height()));
+}
+
 void NativeTexture::onGetBytes(std::byte* bytes, std::size_t bytesPerRow, const Region& region) const {
   copyRows(bytes, bytesPerRow, image_.pixel(region.origin.x, region.origin.y), image_.bytesPerRow,
            rowLength(region.size.width), region.size.height);

@@ -40,6 +40,7 @@ class NativeTexture : public Texture {
   NativeTexture(std::shared_ptr<Device> device, const TextureDescriptor& descriptor, PageMemory memory,
                 std::size_t bytesPerRow);
   NativeTexture(std::shared_ptr<Device> device, const TextureDescriptor& descriptor, PixelBufferRef picture);
+  ~NativeTexture() override;
 
   const NativeImage& image() const { return image_; }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <numeric>
 #include <utility>
 
@@ -95,6 +96,7 @@ std::unique_ptr<MemoryPool::Block> MemoryPool::allocate(std::uint32_t type, vk::
 }
 
 void MemoryPool::giveBack(std::unique_ptr<Block> block) {
+  if (block->bytes) std::memset(block->bytes, 0, block->size);  // nothing of the screen waits in it
   std::vector<std::unique_ptr<Block>> gone;  // freed outside the lock
   const std::scoped_lock guard(mutex_);
   kept_.push_back(std::move(block));

@@ -1,5 +1,7 @@
 #include "platform/screencapture/x11/server_memory.h"
 
+#include <cstring>
+
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/shm.h>
@@ -87,7 +89,10 @@ std::shared_ptr<Segment> ServerMemory::makeBySystemV(std::size_t size) {
 
 std::shared_ptr<Segment> ServerMemory::makePlain(std::size_t size) {
   return std::make_shared<Segment>(new std::byte[size](), size, 0,
-                                   [](std::byte* bytes, std::size_t) { delete[] bytes; });
+                                   [](std::byte* bytes, std::size_t length) {
+                                     explicit_bzero(bytes, length);
+                                     delete[] bytes;
+                                   });
 }
 
 }  // namespace velicor::screencapture
