@@ -3,7 +3,6 @@
 #include <cmath>
 #include <memory>
 
-#include <QKeyEvent>
 #include <QPainter>
 #include <QTextBlockFormat>
 #include <QTextCursor>
@@ -102,12 +101,6 @@ class Content : public QWidget {
     stack->addSpacing(16);
     stack->addWidget(new Credits);
     setFixedSize(sizeHint());
-  }
-
- protected:
-  void keyPressEvent(QKeyEvent* event) override {
-    if (event->key() != Qt::Key_Escape) return QWidget::keyPressEvent(event);
-    if (desktop::Panel* panel = desktop::Panel::of(this)) panel->orderOut();
   }
 };
 

@@ -15,7 +15,9 @@ class AccessibleFacts : public QAccessibleWidget, public QAccessibleValueInterfa
   QString text(QAccessible::Text which) const override {
     if (which == QAccessible::Value) return facts_.accessibleValue();
     const QString own = QAccessibleWidget::text(which);
-    return which == QAccessible::Name && own.isEmpty() ? facts_.accessibleText() : own;
+    if (!own.isEmpty()) return own;
+    if (which == QAccessible::Description) return facts_.accessibleDescription();
+    return which == QAccessible::Name ? facts_.accessibleText() : own;
   }
 
   QAccessible::State state() const override {
@@ -72,12 +74,19 @@ Accessible::Accessible() {
   [[maybe_unused]] static const bool once = (QAccessible::installFactory(makeInterface), true);
 }
 
+void announceDescription(QWidget& widget) {
+  if (!QAccessible::isActive()) return;
+  QAccessibleEvent event(&widget, QAccessible::DescriptionChanged);
+  QAccessible::updateAccessibility(&event);
+}
+
 void announceValue(QWidget& widget, const Accessible& facts) {
   if (!QAccessible::isActive()) return;
   const auto range = facts.accessibleRange();
   QAccessibleValueChangeEvent event(&widget,
                                     range ? QVariant(range->value) : QVariant(facts.accessibleValue()));
   QAccessible::updateAccessibility(&event);
+  announceDescription(widget);
 }
 
 void announceChecked(QWidget& widget) {

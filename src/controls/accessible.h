@@ -29,6 +29,9 @@ class Accessible {
   // Its value in words, where it has one.
   virtual QString accessibleValue() const { return {}; }
 
+  // What there is to say about it besides: the value in words, because the bus carries that in numbers only.
+  virtual QString accessibleDescription() const { return accessibleValue(); }
+
   virtual void describeState(QAccessible::State&) const {}
 
   // Its value in numbers, where it can be set.
@@ -46,6 +49,7 @@ class Accessible {
 
 // To be called after the widget's value, or what it shows, has changed.
 void announceValue(QWidget& widget, const Accessible& facts);
+void announceDescription(QWidget& widget);
 void announceChecked(QWidget& widget);
 void announceSelected(QWidget& widget);
 void announceExpanded(QWidget& widget);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 #include <QPainter>
 #include <QWidget>
 
@@ -19,7 +21,10 @@ class Hairline : public QWidget {
  protected:
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
-    painter.fillRect(pixelAligned(painter, rect()), look::hairline);
+    // As thin everywhere, at a scale with a fraction too: at some places the point has a pixel less than at others.
+    QRectF line = pixelAligned(painter, rect());
+    line.setHeight(std::floor(devicePixelRatioF()) / devicePixelRatioF());
+    painter.fillRect(line, look::hairline);
   }
 };
 

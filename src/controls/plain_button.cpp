@@ -2,7 +2,16 @@
 
 #include <QHBoxLayout>
 
+#include "controls/symbol_image.h"
+
 namespace velicor::controls {
+
+namespace {
+
+constexpr int titleButtonSide = 20;
+constexpr double titleSymbolSize = 9;
+
+}  // namespace
 
 PlainButton::PlainButton(QWidget* content, QWidget* parent)
     : ButtonControl(parent), content_(content), layout_(new QHBoxLayout(this)) {
@@ -25,6 +34,14 @@ QString PlainButton::accessibleText() const {
     if (facts && !facts->accessibleText().isEmpty()) return facts->accessibleText();
   }
   return {};
+}
+
+PlainButton* makeTitleButton(std::string_view symbol, const QString& name, QWidget* parent) {
+  auto* image = new SymbolImage(symbol, titleSymbolSize, TextColor::secondary, desktop::SymbolWeight::bold);
+  auto* button = new PlainButton(image, parent);
+  button->setFixedSize(titleButtonSide, titleButtonSide);
+  button->setAccessibleName(name);
+  return button;
 }
 
 }  // namespace velicor::controls

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string_view>
 
 #include <QMargins>
 
@@ -52,5 +53,8 @@ class PlainButton : public ButtonControl {
   QAccessible::Role role_ = QAccessible::Button;
   double outlineRadius_ = 3;
 };
+
+// A small square one in the strip along the top of a panel, which shows a symbol.
+PlainButton* makeTitleButton(std::string_view symbol, const QString& name, QWidget* parent = nullptr);
 
 }  // namespace velicor::controls

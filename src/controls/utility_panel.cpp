@@ -2,9 +2,10 @@
 
 #include <utility>
 
+#include <QKeyEvent>
+
 #include "controls/label.h"
 #include "controls/plain_button.h"
-#include "controls/symbol_image.h"
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/panel_ground.h"
@@ -13,10 +14,20 @@ namespace velicor::controls {
 
 namespace {
 
-constexpr int buttonSide = 20;
 constexpr int buttonLeft = 8;
-constexpr double symbolSize = 9;
 constexpr TextStyle titleStyle{.size = 11, .weight = QFont::DemiBold, .color = TextColor::secondary};
+
+// Takes the keys that the content has no use for.
+class Ground : public desktop::PanelGround {
+ public:
+  using PanelGround::PanelGround;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() != Qt::Key_Escape) return PanelGround::keyPressEvent(event);
+    if (desktop::Panel* panel = desktop::Panel::of(this)) panel->orderOut();
+  }
+};
 
 DesktopRect frameAround(const QWidget& content) {
   return {0, 0, static_cast<double>(content.width()),
@@ -32,11 +43,9 @@ void addTitle(QWidget& ground, const QString& text) {
 }
 
 PlainButton& addCloseButton(QWidget& ground) {
-  auto* button = new PlainButton(
-      new SymbolImage("close", symbolSize, TextColor::secondary, desktop::SymbolWeight::bold), &ground);
-  button->setAccessibleName(QStringLiteral("Close"));
+  auto* button = makeTitleButton("close", QStringLiteral("Close"), &ground);
   button->setFocusPolicy(Qt::NoFocus);
-  button->setGeometry(buttonLeft, (UtilityPanel::titleHeight - buttonSide) / 2, buttonSide, buttonSide);
+  button->move(buttonLeft, (UtilityPanel::titleHeight - button->height()) / 2);
   return *button;
 }
 
@@ -48,7 +57,7 @@ UtilityPanel::UtilityPanel(desktop::Desktop& desktop, const QString& title, int 
   setTitle(title.toStdString());
   setLevel(level);
   setMovableByBackground(true);
-  auto ground = std::make_unique<desktop::PanelGround>(desktop);
+  auto ground = std::make_unique<Ground>(desktop);
   ground->resize(content_->width(), content_->height() + titleHeight);
   content.release()->setParent(ground.get());
   content_->move(0, titleHeight);

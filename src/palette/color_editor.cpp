@@ -9,7 +9,6 @@
 #include "controls/push_button.h"
 #include "palette/color_patch.h"
 #include "palette/preset_grid.h"
-#include "platform/base/geometry.h"
 
 namespace velicor {
 
@@ -36,7 +35,7 @@ constexpr controls::TextStyle channelStyle{
     .size = 10, .weight = QFont::DemiBold, .color = TextColor::secondary};
 constexpr controls::TextStyle valueStyle{.size = 10, .color = TextColor::secondary, .face = Face::tabular};
 
-QString byteText(double component) { return QString::number(roundHalfAway(component * 255)); }
+QString byteText(double component) { return QString::number(Palette::RGB::byteOf(component)); }
 
 }  // namespace
 

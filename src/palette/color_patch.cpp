@@ -7,15 +7,12 @@
 
 #include "controls/control.h"
 #include "controls/drawing.h"
-#include "platform/base/geometry.h"
 #include "platform/desktop/continuous_corners.h"
 #include "platform/desktop/look.h"
 
 namespace velicor {
 
 namespace {
-
-int byteOf(double component) { return roundHalfAway(std::clamp(component, 0.0, 1.0) * 255); }
 
 // How strong the border of a patch is at least while the pointer is at work on it.
 double leastOpacity(controls::Touch touch) {
@@ -25,7 +22,9 @@ double leastOpacity(controls::Touch touch) {
 
 }  // namespace
 
-QColor colorOf(const Palette::RGB& rgb) { return {byteOf(rgb.r), byteOf(rgb.g), byteOf(rgb.b)}; }
+QColor colorOf(const Palette::RGB& rgb) {
+  return {Palette::RGB::byteOf(rgb.r), Palette::RGB::byteOf(rgb.g), Palette::RGB::byteOf(rgb.b)};
+}
 
 ColorPatch::ColorPatch(const QSize& size, double radius, QWidget* parent) : QWidget(parent), radius_(radius) {
   setFixedSize(size);

@@ -34,8 +34,11 @@ void ColorWell::setRGB(const Palette::RGB& rgb) {
   if (rgb == rgb_) return;
   rgb_ = rgb;
   swatch_.setColor(colorOf(rgb));
+  controls::announceDescription(*this);
   if (editor_) editor_->setRGB(rgb);
 }
+
+QString ColorWell::accessibleDescription() const { return QString::fromStdString(rgb_.hex()); }
 
 void ColorWell::write(const Palette::RGB& rgb) {
   setRGB(rgb);

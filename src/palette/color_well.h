@@ -42,6 +42,8 @@ class ColorWell : public controls::PlainButton {
   // The popover's content; none before it was opened first.
   ColorEditor* editor() const { return editor_; }
 
+  QString accessibleDescription() const override;
+
  protected:
   void activate() override;
 

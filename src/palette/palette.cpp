@@ -2,20 +2,16 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
+
+#include "platform/base/geometry.h"
 
 namespace velicor {
 
 namespace {
 
 constexpr std::size_t hexDigits = 6;
-
-unsigned byteOf(double component) {
-  if (!(component > 0.0)) return 0;
-  return static_cast<unsigned>(std::lround(std::min(component, 1.0) * 255));
-}
 
 // A whole number in base 16 with an optional sign, and nothing else.
 std::optional<std::int64_t> parseHexadecimal(std::string_view text) {
@@ -44,9 +40,14 @@ std::optional<Palette::RGB> Palette::RGB::fromHex(std::string_view text) {
   return RGB{componentAt(*number, 16), componentAt(*number, 8), componentAt(*number, 0)};
 }
 
+int Palette::RGB::byteOf(double component) {
+  return component > 0.0 ? roundHalfAway(std::min(component, 1.0) * 255) : 0;
+}
+
 std::string Palette::RGB::hex() const {
+  const auto byte = [](double component) { return static_cast<unsigned>(byteOf(component)); };
   char text[8];
-  std::snprintf(text, sizeof text, "#%02X%02X%02X", byteOf(r), byteOf(g), byteOf(b));
+  std::snprintf(text, sizeof text, "#%02X%02X%02X", byte(r), byte(g), byte(b));
   return text;
 }
 

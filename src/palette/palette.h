@@ -23,8 +23,10 @@ struct Palette {
     // digit. Anything else gives no colour.
     static std::optional<RGB> fromHex(std::string_view text);
 
-    // "#RRGGBB" in capitals, each component rounded to the nearest byte, halves upwards, and held within its
-    // range.
+    // The byte nearest to a component, halves upwards, held within its range; 0 for what is no number.
+    static int byteOf(double component);
+
+    // "#RRGGBB" in capitals, of those bytes.
     std::string hex() const;
 
     friend bool operator==(const RGB&, const RGB&) = default;

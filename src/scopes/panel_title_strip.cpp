@@ -5,33 +5,20 @@
 #include <QHBoxLayout>
 
 #include "controls/plain_button.h"
-#include "controls/symbol_image.h"
 
 namespace velicor {
 
 namespace {
 
-using controls::PlainButton;
-
-constexpr int buttonSide = 20;
 constexpr int leftMargin = 8;
 constexpr int rightMargin = 16;  // above the hide button
-constexpr double symbolSize = 9;
-
-PlainButton* makeButton(std::string_view symbol, const QString& name) {
-  auto* button = new PlainButton(new controls::SymbolImage(symbol, symbolSize, controls::TextColor::secondary,
-                                                           desktop::SymbolWeight::bold));
-  button->setFixedSize(buttonSide, buttonSide);
-  button->setAccessibleName(name);
-  return button;
-}
 
 }  // namespace
 
 PanelTitleStrip::PanelTitleStrip(QWidget* parent)
     : QWidget(parent),
-      close_(makeButton("close", QStringLiteral("Quit Velicor"))),
-      menu_(makeButton("menu", QStringLiteral("Menu"))) {
+      close_(controls::makeTitleButton("close", QStringLiteral("Quit Velicor"))),
+      menu_(controls::makeTitleButton("menu", QStringLiteral("Menu"))) {
   setFixedHeight(height);
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(leftMargin, 0, rightMargin, 0);
