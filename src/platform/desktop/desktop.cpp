@@ -26,13 +26,15 @@ class InputTimes : public QObject {
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override {
     switch (event->type()) {
+      case QEvent::ShortcutOverride:
+        // All that is seen of a key which is a shortcut.
+        note(*event);
+        break;
       case QEvent::KeyPress:
       case QEvent::KeyRelease:
       case QEvent::MouseButtonPress:
       case QEvent::MouseButtonRelease:
-        if (watched->isWindowType() && event->spontaneous()) {
-          pointer_.noteTime(static_cast<std::uint32_t>(static_cast<QInputEvent*>(event)->timestamp()));
-        }
+        if (watched->isWindowType() && event->spontaneous()) note(*event);
         break;
       default:
         break;
@@ -41,6 +43,11 @@ class InputTimes : public QObject {
   }
 
  private:
+  void note(const QEvent& event) {
+    const auto time = static_cast<std::uint32_t>(static_cast<const QInputEvent&>(event).timestamp());
+    if (time != 0) pointer_.noteTime(time);
+  }
+
   Pointer& pointer_;
 };
 

@@ -17,6 +17,7 @@ namespace {
 constexpr auto longestWait = std::chrono::milliseconds(500);
 
 constexpr std::uint32_t withdrawnState = 0;
+constexpr std::uint32_t iconicState = 3;
 
 }  // namespace
 
@@ -29,15 +30,21 @@ ManagedVisibility::ManagedVisibility(DisplayServer& server, QWidget& window,
   patience_.setInterval(longestWait);
   QObject::connect(&patience_, &QTimer::timeout, &patience_, [this] { losePatience(); });
   events_ = server_.event.subscribe([this](const ServerEvent& event) {
-    if (event.type() != XCB_PROPERTY_NOTIFY || !patience_.isActive()) return;
+    if (event.type() != XCB_PROPERTY_NOTIFY) return;
     const auto& notify = event.as<xcb_property_notify_event_t>();
-    if (notify.window != window_ || notify.atom != server_.atom(x11::Atom::wmState)) return;
-    if (isWithdrawn() != applied_) proceed();
+    if (notify.window == window_ && notify.atom == server_.atom(x11::Atom::wmState)) followState();
   });
+}
+
+void ManagedVisibility::followState() {
+  const auto state = x11::propertyNumbers(server_.connection(), window_, x11::Atom::wmState);
+  minimised_ = !state.empty() && state.front() == iconicState;
+  if (patience_.isActive() && isWithdrawn() != applied_) proceed();
 }
 
 void ManagedVisibility::request(bool shown) {
   wanted_ = shown;
+  if (std::exchange(minimised_, false) && shown) return toolkit::map(window_);
   if (!patience_.isActive()) step();
 }
 
@@ -87,12 +94,8 @@ bool ManagedVisibility::hasManager() {
 
 // A window that can be seen is not withdrawn, even where the manager does not keep WM_STATE.
 bool ManagedVisibility::isWithdrawn() {
-  x11::Connection& connection = server_.connection();
-  const auto asked = xcb_get_window_attributes(connection.raw(), window_);
-  const auto state = x11::propertyNumbers(connection, window_, x11::Atom::wmState);
-  const auto attributes = connection.reply(xcb_get_window_attributes_reply, asked);
-  if (state.empty()) return !attributes || (*attributes)->map_state != XCB_MAP_STATE_VIEWABLE;
-  return state.front() == withdrawnState;
+  const auto state = x11::propertyNumbers(server_.connection(), window_, x11::Atom::wmState);
+  return state.empty() ? !toolkit::isViewable(window_) : state.front() == withdrawnState;
 }
 
 }  // namespace velicor::desktop

@@ -28,8 +28,8 @@ class ManagedVisibility {
   // At once, or as soon as the manager is ready. Only the last request counts.
   void request(bool shown);
 
-  // What was requested last.
-  bool isShown() const { return wanted_; }
+  // What was requested last, and no window manager has minimised the window since.
+  bool isShown() const { return wanted_ && !minimised_; }
 
   // The window has been hidden, by whomever.
   void noteHidden();
@@ -42,6 +42,7 @@ class ManagedVisibility {
   void repeat();
   bool hasManager();
   bool isWithdrawn();
+  void followState();
 
   DisplayServer& server_;
   const WindowId window_;
@@ -50,6 +51,7 @@ class ManagedVisibility {
   bool applied_ = false;
   bool repeated_ = false;  // what is applied
   bool applying_ = false;
+  bool minimised_ = false;
   QTimer patience_;  // runs while the manager has not answered
   Subscription events_;
 };

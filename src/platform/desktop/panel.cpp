@@ -12,7 +12,6 @@
 #include <QWindow>
 
 #include "platform/desktop/desktop.h"
-#include "platform/desktop/display_server.h"
 #include "platform/desktop/managed_visibility.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/panel_drag.h"
@@ -23,6 +22,8 @@
 namespace velicor::desktop {
 
 namespace {
+
+constexpr std::uint32_t presentTime = 0;  // in requests: when the server gets to them
 
 Qt::WindowFlags flagsOf(PanelKind kind) {
   const Qt::WindowFlags common = Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
@@ -110,12 +111,7 @@ class Panel::Carrier : public QWidget {
     });
   }
 
-  bool isViewable() {
-    x11::Connection& server = panel.desktop_.server().connection();
-    const auto attributes = server.reply(
-        xcb_get_window_attributes_reply, xcb_get_window_attributes(server.raw(), toolkit::identifierOf(*this)));
-    return attributes && (*attributes)->map_state == XCB_MAP_STATE_VIEWABLE;
-  }
+  bool isViewable() { return toolkit::isViewable(toolkit::identifierOf(*this)); }
 
   static constexpr auto placing = std::chrono::milliseconds(100);
 };
@@ -132,9 +128,8 @@ Panel::Panel(Desktop& desktop, PanelKind kind, const DesktopRect& frame)
     visibility_ = std::make_unique<ManagedVisibility>(desktop_.server(), *carrier_,
                                                       [this](bool shown) { apply(shown); });
   }
-  screensChanged_ = desktop_.screens().changed.subscribe([this] {
-    if (kind_ == PanelKind::bypassing) applyFrame();
-  });
+  screensChanged_ = desktop_.screens().changed.subscribe(
+      [this] { kind_ == PanelKind::bypassing ? applyFrame() : measureAnew(); });
 }
 
 Panel::~Panel() { resignKey(); }
@@ -170,6 +165,14 @@ void Panel::applyFrame() {
   toolkit::configure(window, deviceFrame_);
   // The window manager is told the toolkit's idea of the place when the window is shown.
   if (kind_ == PanelKind::managed && !carrier_->isVisible()) carrier_->setGeometry(toolkitRect(deviceFrame_));
+}
+
+// The manager leaves the window where it is, which may be another place in the plane of points.
+void Panel::measureAnew() {
+  const ScreenLayout& layout = desktop_.screens().layout();
+  if (layout.toDevice(frame_) == deviceFrame_) return;
+  const DesktopRect before = std::exchange(frame_, layout.toDesktop(deviceFrame_));
+  noteFrame(before);
 }
 
 void Panel::noteFrame(const DesktopRect& before) {
@@ -216,6 +219,8 @@ void Panel::apply(bool shown) {
     return toolkit::forgetPicture(*carrier_);
   }
   if (kind_ == PanelKind::managed) toolkit::joinAllDesktops(toolkit::identifierOf(*carrier_));
+  // Whatever the window manager has made of it before.
+  carrier_->setWindowState(carrier_->windowState() & ~Qt::WindowMinimized);
   carrier_->show();
   becameShown();
   if (std::exchange(keyWhenShown_, false)) makeKey();
@@ -256,6 +261,15 @@ void Panel::makeKey() {
   if (before != window) keyBefore_ = before;
   carrier_->keyTime = desktop_.pointer().time();
   toolkit::focus(window, carrier_->keyTime);
+  key_ = toolkit::focusedWindow() == window;
+}
+
+void Panel::insistOnKey() {
+  makeKey();
+  if (key_ || kind_ == PanelKind::managed || !canBecomeKey() || !isVisible()) return;
+  const WindowId window = toolkit::identifierOf(*carrier_);
+  carrier_->keyTime = presentTime;
+  toolkit::focus(window, presentTime);
   key_ = toolkit::focusedWindow() == window;
 }
 

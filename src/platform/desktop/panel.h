@@ -98,6 +98,10 @@ class Panel {
   void makeKey();
   void resignKey();
 
+  // As makeKey(), also where something has been done about the keyboard since the user last touched a device that we
+  // know of: for a command that comes from elsewhere.
+  void insistOnKey();
+
   // Shown while the mouse is over the panel.
   void setCursor(Cursor cursor);
   Cursor cursor() const { return cursor_; }
@@ -119,6 +123,7 @@ class Panel {
   void apply(bool shown);
   void becameShown();
   void movedByOthers();
+  void measureAnew();
   void noteFrame(const DesktopRect& before);
 
   Desktop& desktop_;

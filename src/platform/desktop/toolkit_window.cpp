@@ -73,13 +73,12 @@ xcb_atom_t atom(std::string_view name) {
   return answer ? answer->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
-// Menus, popovers and tooltips place themselves, as bypassing windows do.
+}  // namespace
+
 bool isManaged(const QWidget& window) {
   return window.windowType() != Qt::Popup && window.windowType() != Qt::ToolTip &&
          !window.windowFlags().testFlag(Qt::X11BypassWindowManagerHint);
 }
-
-}  // namespace
 
 void joinOwnClients() {
   if (xcb_connection_t* const own = connection()) x11::OwnClients::shared().add(own);
@@ -108,6 +107,17 @@ std::optional<DeviceRect> geometryOf(WindowId window) {
   const auto place = reply(xcb_translate_coordinates_reply, placeCookie);
   if (!size || !place) return std::nullopt;
   return DeviceRect{place->dst_x, place->dst_y, size->width, size->height};
+}
+
+bool isViewable(WindowId window) {
+  if (window == 0) return false;
+  const auto attributes =
+      reply(xcb_get_window_attributes_reply, xcb_get_window_attributes(connection(), window));
+  return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+void map(WindowId window) {
+  if (window != 0) forget(xcb_map_window_checked(connection(), window));
 }
 
 void withdraw(WindowId window) {
@@ -168,11 +178,7 @@ void focus(WindowId window, std::uint32_t time) {
 }
 
 void focusIfViewable(WindowId window, std::uint32_t time) {
-  if (!connection()) return;
-  const auto attributes =
-      reply(xcb_get_window_attributes_reply, xcb_get_window_attributes(connection(), window));
-  const bool viewable = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-  focus(viewable ? window : WindowId{XCB_INPUT_FOCUS_POINTER_ROOT}, time);
+  if (connection()) focus(isViewable(window) ? window : WindowId{XCB_INPUT_FOCUS_POINTER_ROOT}, time);
 }
 
 void removeShadow(WindowId window) {

@@ -29,6 +29,15 @@ void configure(WindowId window, const DeviceRect& rect);
 // Where the window really is. A round trip; none when the window has gone.
 std::optional<DeviceRect> geometryOf(WindowId window);
 
+// Whether a window is on the screen, seen or covered. A round trip.
+bool isViewable(WindowId window);
+
+// Whether a window manager may place it: it is no menu, popover or tooltip, and none that bypasses the manager.
+bool isManaged(const QWidget& window);
+
+// Puts a window on the screen that the toolkit thinks is there, as one that was minimised.
+void map(WindowId window);
+
 // Takes a window off the screen, and tells the window manager in so many words.
 void withdraw(WindowId window);
 

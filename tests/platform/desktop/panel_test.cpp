@@ -11,6 +11,7 @@
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/pointer.h"
+#include "platform/desktop/toolkit_window.h"
 #include "platform/desktop/window_stack.h"
 #include "support/announce_monitors.h"
 #include "support/main_loop.h"
@@ -202,6 +203,38 @@ TEST_F(PanelTest, managedPanelsOfAHigherLevelStayAboveTheLoupe) {
   };
   EXPECT_TRUE(waitUntil([&] { return levels() == std::vector{3, 4}; }));
   EXPECT_EQ(high.frame(), (DesktopRect{600, 300, 200, 200}));
+}
+
+TEST_F(PanelTest, aPanelThatTheManagerHasMinimisedIsGoneAndComesBack) {
+  const test::WindowManager manager(xServer());
+  Panel panel(*desktop, PanelKind::managed, {600, 300, 200, 200});
+  const auto isSeen = [&] { return test::waitUntil([&] { return toolkit::isViewable(idOf(panel)); }); };
+  const auto minimise = [&] {
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = idOf(panel);
+    event.type = client.atom("WM_CHANGE_STATE");
+    event.data.data32[0] = 3;  // iconic
+    xcb_send_event(client.raw(), 0, client.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&event));
+    client.sync();
+    return test::waitUntil([&] { return !panel.isVisible(); });
+  };
+  toolkit::setInTaskbar(panel.window(), true);  // managers minimise no others
+  panel.orderFront();
+  ASSERT_TRUE(isSeen());
+  ASSERT_TRUE(minimise());
+  panel.orderFront();
+  EXPECT_TRUE(panel.isVisible());
+  EXPECT_TRUE(isSeen());
+
+  ASSERT_TRUE(minimise());
+  panel.orderOut();
+  panel.orderFront();
+  EXPECT_TRUE(isSeen()) << "not as an icon again";
+  EXPECT_TRUE(panel.isVisible());
 }
 
 TEST_F(PanelTest, reportsMotionWhereverItIsAndThenIsQuiet) {
