@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/gestures.h"
 #include "app/options.h"
 #include "app/running_version.h"
 
@@ -50,6 +51,11 @@ std::string page() {
   text += section("DESCRIPTION") + line(escaped(description()));
   text += section("OPTIONS");
   for (const Option& option : options()) text += optionEntry(option);
+  text += section("KEYS AND MOUSE");
+  for (const GestureGroup& group : gestureGroups()) {
+    text += ".SS " + line(escaped(group.place));
+    for (const Gesture& gesture : group.gestures) text += entry(bold(gesture.how), gesture.what);
+  }
   text += section("ENVIRONMENT");
   for (const Variable& variable : variables()) {
     text += entry(bold(variable.name) + "=" + italic(variable.value), variable.text);

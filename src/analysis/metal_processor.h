@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 
+#include "analysis/scope_reading.h"
 #include "palette/palette.h"
 #include "platform/base/pixel_buffer.h"
 #include "platform/gpu/device.h"
@@ -63,6 +64,11 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   // The captured frame that the newest results belong to (BGRA, alpha without meaning). A frame of another
   // size comes as another texture.
   std::shared_ptr<gpu::Texture> frame() const;
+
+  // Reads what the newest scope images were made from, and calls the handler with it on the main thread; with none where
+  // there are no images, or no reading is to be had. A copy of a megabyte: meant for words, not for every frame. The
+  // handler may end on a device thread: it owns nothing that belongs to the main thread.
+  void readScopes(const std::function<void(std::optional<ScopeReading>)>& handler);
 
   const std::shared_ptr<gpu::Device>& device() const { return device_; }
 

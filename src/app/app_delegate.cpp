@@ -12,6 +12,7 @@
 #include "platform/desktop/activation.h"
 #include "platform/desktop/application.h"
 #include "platform/desktop/desktop.h"
+#include "platform/desktop/window_keeper.h"
 #include "platform/dispatch/clock.h"
 #include "scopes/scopes_panel_controller.h"
 #include "update/updates.h"
@@ -108,6 +109,7 @@ void AppDelegate::observeWindows() {
     const bool isPanel = &window == &loupe_->panel().window() || &window == &scopes_->panel().window();
     if (!isPanel) desktop::setWindowLevel(desktop_, window, otherWindowsLevel);
   });
+  windowKeeper_ = std::make_unique<desktop::WindowKeeper>(desktop_);
 }
 
 }  // namespace velicor

@@ -12,6 +12,7 @@ class ScopesPanelController;
 
 namespace desktop {
 class Desktop;
+class WindowKeeper;
 class WindowObserver;
 }
 namespace dispatch {
@@ -56,6 +57,7 @@ class AppDelegate {
   std::shared_ptr<MenuBarController> menuBarController_;
   std::unique_ptr<CommandMenus> commandMenus_;
   std::unique_ptr<desktop::WindowObserver> windowObserver_;
+  std::unique_ptr<desktop::WindowKeeper> windowKeeper_;
   bool mainUIStarted_ = false;
   std::shared_ptr<AppDelegate*> life_;  // what closures held elsewhere find the delegate by
 };

@@ -101,7 +101,7 @@ Menu CommandMenus::commands() {
 }
 
 CommandMenus::CommandMenus(desktop::Desktop& desktop, LoupeController& loupe, ScopesPanelController& scopes)
-    : desktop_(desktop), loupe_(loupe), scopes_(scopes) {
+    : desktop_(desktop), loupe_(loupe), scopes_(scopes), help_(desktop) {
   makeKeys();
   scopes_.setMenu([this](QPoint corner) { open(corner, controls::MenuCorner::topRight); });
   qApp->installEventFilter(this);
@@ -117,6 +117,8 @@ void CommandMenus::makeKeys() {
       if (found != present.end()) found->action();
     });
   }
+  addKey(QKeySequence(Qt::Key_F1), [this] { help_.show(); });
+  addKey(QKeySequence(Qt::Key_F6), [this] { changePanel(); });
   addKey(QKeySequence(Qt::Key_F10), [this] { openByKey(); });
 }
 
@@ -156,6 +158,13 @@ void CommandMenus::openByKey() {
   const auto first = std::ranges::find_if(
       actions, [](const QAction* action) { return action->isEnabled() && !action->isSeparator(); });
   if (first != actions.end()) menu->setActiveAction(*first);
+}
+
+// From the loupe to the scopes panel, or to whoever had the keyboard where that is not there; from elsewhere to the loupe.
+void CommandMenus::changePanel() {
+  if (!loupe_.panel().isKey()) return loupe_.takeKeyboard();
+  loupe_.leaveKeyboard();
+  scopes_.panel().makeKey();
 }
 
 QMenu* CommandMenus::open(QPoint place, controls::MenuCorner corner) const {

@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QPoint>
 
+#include "app/help_panel.h"
 #include "controls/popup_menu.h"
 #include "platform/desktop/menu.h"
 
@@ -16,7 +17,8 @@ class LoupeController;
 class ScopesPanelController;
 
 // The program's commands: in a menu that opens from the scopes panel's menu button, by F10, and by a right click on
-// either panel, and by their shortcuts in every window of ours. Main thread.
+// either panel, and by their shortcuts in every window of ours. F1 and F6, which are in no menu, are among these. Main
+// thread.
 class CommandMenus : public QObject {
  public:
   // All three outlive it.
@@ -32,11 +34,13 @@ class CommandMenus : public QObject {
   void makeKeys();
   void addKey(const QKeySequence& keys, std::function<void()> action);
   void openByKey();
+  void changePanel();
   QMenu* open(QPoint place, controls::MenuCorner corner) const;
 
   desktop::Desktop& desktop_;
   LoupeController& loupe_;
   ScopesPanelController& scopes_;
+  HelpPanel help_;
   std::vector<std::unique_ptr<QAction>> keys_;
 };
 

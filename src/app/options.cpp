@@ -44,7 +44,7 @@ std::string_view usage() { return "velicor [OPTION]"; }
 
 std::string_view description() {
   return "Where it runs already on this display, that one comes to the front, or does what the option says. "
-         "Otherwise it starts.";
+         "Otherwise it starts. F1 in one of its windows tells what keys and mouse do.";
 }
 
 }  // namespace velicor

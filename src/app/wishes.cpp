@@ -2,6 +2,7 @@
 
 #include "app/app_delegate.h"
 #include "app/app_state.h"
+#include "loupe/loupe_controller.h"
 #include "menubar/menu_bar_controller.h"
 #include "platform/desktop/application.h"
 
@@ -27,6 +28,9 @@ void fulfil(std::uint32_t wish) {
   if (known == Wish::toggle) return menuBar->toggle();
   if (const auto mode = modeOf(known)) AppState::shared().setMode(*mode);
   menuBar->bringBack();
+  // Who starts it again to get at it is perhaps without a mouse.
+  const auto loupe = AppState::shared().loupe.lock();
+  if (known == Wish::show && loupe && !loupe->frameView().panelVisible) loupe->takeKeyboard();
 }
 
 }  // namespace velicor

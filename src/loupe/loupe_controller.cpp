@@ -10,9 +10,11 @@
 #include "loupe/loupe_container.h"
 #include "loupe/panel_hint.h"
 #include "loupe/passthrough_texture_view.h"
+#include "platform/base/product.h"
 #include "platform/desktop/compositor.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/pointer.h"
+#include "platform/desktop/reach.h"
 #include "platform/desktop/screen_layout.h"
 
 namespace velicor {
@@ -27,12 +29,6 @@ DesktopRect centredOn(const DesktopRect& screen, DesktopSize size) {
   return {screen.midX() - size.width / 2, screen.midY() - size.height / 2, size.width, size.height};
 }
 
-bool showsOn(const std::vector<desktop::Screen>& screens, const DesktopRect& frame) {
-  return std::ranges::any_of(screens, [&frame](const desktop::Screen& screen) {
-    return !frame.intersection(screen.frame).isEmpty();
-  });
-}
-
 std::optional<desktop::Screen> startScreen(const desktop::ScreenList& list) {
   if (const auto main = list.mainScreen()) return main;
   const std::vector<desktop::Screen> all = list.screens();
@@ -45,6 +41,7 @@ std::unique_ptr<KeyablePanel> makePanel(desktop::Desktop& desktop) {
       desktop, desktop::PanelKind::bypassing,
       centredOn(screen ? screen->frame : DesktopRect{}, {firstSide, firstSide}));
   panel->setLevel(loupeLevel);
+  panel->setTitle(std::string(product::name) + " Loupe");
   return panel;
 }
 
@@ -76,6 +73,7 @@ LoupeController::LoupeController(std::shared_ptr<MetalProcessor> processor, desk
 LoupeController::~LoupeController() {
   for (Subscription& monitor : mouseMonitors_)
     monitor = {};
+  pressesElsewhere_ = {};
   panel_->setDelegate(nullptr);
 }
 
@@ -95,10 +93,16 @@ void LoupeController::addFrameView() {
   };
   // What was decided in the middle of a drag was about a window on its way; a mouse that rests asks for nothing more.
   frameView_->onRelease = [this] { updateMousePassthrough(); };
+  // The mouse has not moved: the keyboard stays with who is using it.
+  frameView_->onKeyRelease = [this] {
+    panel_->setIgnoresMouseEvents(!takesMouseAt(desktop_.pointer().position()));
+  };
+  frameView_->onLeave = [this] { leaveKeyboard(); };
   frameView_->onPanelToggle = [this] {
     if (onPanelToggle) onPanelToggle();
   };
   frameView_->show();
+  frameView_->setFocus();
 }
 
 void LoupeController::watchMouse() {
@@ -107,6 +111,10 @@ void LoupeController::watchMouse() {
     Subscription monitor = desktop_.pointer().observeMotion(over, [this] { updateMousePassthrough(); });
     if (monitor.isActive()) mouseMonitors_.push_back(std::move(monitor));
   }
+  // Their window manager may think that they had the keyboard all the time.
+  pressesElsewhere_ = desktop_.pointer().observePressesElsewhere([this] {
+    if (!cursorInBand_) leaveKeyboard();
+  });
 }
 
 void LoupeController::watchCompositor() {
@@ -132,10 +140,11 @@ void LoupeController::watchScreens() {
 }
 
 void LoupeController::followScreens() {
+  hidePanelHint();
   const DesktopRect frame = panel_->frame();
   if (const auto screen = startScreen(desktop_.screens())) {
     const std::vector<desktop::Screen> before = std::exchange(screens_, desktop_.screens().screens());
-    const bool stranded = before.empty() || (showsOn(before, frame) && !showsOn(screens_, frame));
+    const bool stranded = before.empty() || (desktop::isWithinReach(frame, before) && !desktop::isWithinReach(frame, screens_));
     if (stranded) panel_->setFrame(centredOn(screen->frame, {frame.width, frame.height}));
   }
   // A frame that is new has been reported already.
@@ -183,12 +192,16 @@ void LoupeController::reportFrame() {
   if (onFrameChange) onFrameChange(panel_->frame());
 }
 
+bool LoupeController::takesMouseAt(DesktopPoint mouse) const {
+  return loupe_geometry::takesMouse(mouse, panel_->frame(), frameView_->isLocked,
+                                    frameView_->isScreenPointOverPanelChip(mouse));
+}
+
 void LoupeController::updateMousePassthrough() {
   // An open menu has the mouse, and would close when the keyboard moves.
   if (QApplication::activePopupWidget()) return;
   const DesktopPoint mouse = desktop_.pointer().position();
-  const bool takes = loupe_geometry::takesMouse(mouse, panel_->frame(), frameView_->isLocked,
-                                                frameView_->isScreenPointOverPanelChip(mouse));
+  const bool takes = takesMouseAt(mouse);
   panel_->setIgnoresMouseEvents(!takes);
   if (takes) {
     enterBand(mouse);
@@ -202,6 +215,15 @@ void LoupeController::enterBand(DesktopPoint mouse) {
   panel_->setCursor(frameView_->cursorAtScreenPoint(mouse));
   cursorInBand_ = true;
 }
+
+void LoupeController::takeKeyboard() {
+  if (!panel_->isVisible()) return;
+  panel_->insistOnKey();
+  frameView_->setFocus();
+  frameView_->setUsesKeys(true);
+}
+
+void LoupeController::leaveKeyboard() { panel_->resignKey(); }
 
 void LoupeController::leaveBand() {
   if (!std::exchange(cursorInBand_, false)) return;

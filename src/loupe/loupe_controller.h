@@ -63,6 +63,13 @@ class LoupeController : private desktop::PanelDelegate {
   // To be called when something else than the mouse changed what the answer depends on.
   void updateMousePassthrough();
 
+  // Directs the keyboard at the loupe for more than the time that the mouse is on it: until the user goes back, by
+  // leaveKeyboard() or a click elsewhere, or takes the mouse to the loupe and away again. Nothing while it is hidden.
+  void takeKeyboard();
+
+  // Gives it back to whichever window had it.
+  void leaveKeyboard();
+
  private:
   void windowDidMove(desktop::Panel& panel) override;
   void windowDidResize(desktop::Panel& panel) override;
@@ -77,6 +84,7 @@ class LoupeController : private desktop::PanelDelegate {
   std::optional<DesktopRect> visibleFrame() const;
   void enterBand(DesktopPoint mouse);
   void leaveBand();
+  bool takesMouseAt(DesktopPoint mouse) const;
 
   const std::shared_ptr<MetalProcessor> processor_;
   desktop::Desktop& desktop_;
@@ -89,6 +97,7 @@ class LoupeController : private desktop::PanelDelegate {
   std::unique_ptr<CapturedFrameLayer> capturedFrame_;
   std::shared_ptr<PanelHint> hintPanel_;  // shared with nobody: what its timer finds it by
   std::vector<Subscription> mouseMonitors_;
+  Subscription pressesElsewhere_;
   Subscription compositorChanged_;
   Subscription screensChanged_;
   std::vector<desktop::Screen> screens_;  // the last ones; empty until there are any

@@ -17,6 +17,7 @@ namespace velicor {
 namespace {
 
 constexpr double outlineWidth = 2;
+constexpr double focusRingInset = 4;
 constexpr double handleSide = 6;
 constexpr double cornerRadius = 3;
 constexpr double symbolInset = 2;
@@ -34,7 +35,9 @@ class FramePainter {
   }
 
   void draw() {
-    drawOutline();
+    // The stroke of the rectangle 1 point inside the bounds.
+    drawRing(0, look::faded(base_, appearance_.locked ? 0.55 : 0.95));
+    if (appearance_.focused) drawRing(focusRingInset, look::focusRing);
     if (!appearance_.locked) drawHandles();
     drawChip(loupe_geometry::moveChip(area_), "arrow.up.and.down.and.arrow.left.and.right",
              appearance_.locked ? 0.35 : 1.0);
@@ -47,15 +50,15 @@ class FramePainter {
     return desktop::pixelAligned(desktop::toView(rect, area_.height), painter_.device()->devicePixelRatioF());
   }
 
-  // The stroke of the rectangle 1 point inside the bounds, as the ring between its two edges.
-  void drawOutline() {
+  // A line along the bounds, as the ring between its two edges.
+  void drawRing(double inset, const QColor& color) {
     const double scale = painter_.device()->devicePixelRatioF();
     const double width = roundHalfAway(outlineWidth * scale) / scale;
-    const QRectF outer = aligned(area_);
+    const QRectF outer = aligned(area_.insetBy(inset, inset));
     QPainterPath ring;
     ring.addRect(outer);
     ring.addRect(outer.adjusted(width, width, -width, -width));
-    painter_.fillPath(ring, look::faded(base_, appearance_.locked ? 0.55 : 0.95));
+    painter_.fillPath(ring, color);
   }
 
   void drawHandles() {

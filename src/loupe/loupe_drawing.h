@@ -12,6 +12,7 @@ struct LoupeAppearance {
   bool locked = false;
   bool panelVisible = true;
   bool interacting = false;
+  bool focused = false;
   friend bool operator==(const LoupeAppearance&, const LoupeAppearance&) = default;
 };
 

@@ -19,6 +19,7 @@ using desktop::Panel;
 LoupeFrameView::LoupeFrameView(const QRect& frame, QWidget* parent) : QWidget(parent) {
   setGeometry(frame);
   setMouseTracking(true);
+  setFocusPolicy(Qt::ClickFocus);
 }
 
 // The panel's own size where there is one: the widget's is rounded to whole points.
@@ -102,6 +103,7 @@ void LoupeFrameView::leaveEvent(QEvent*) {
 void LoupeFrameView::mousePressEvent(QMouseEvent* event) {
   const Panel* panel = Panel::of(this);
   if (!panel || event->button() != Qt::LeftButton) return;
+  setUsesKeys(false);
   const Zone pressed = zone(locationOf(*event));
   if (isLocked && pressed != Zone::panelButton) return;
   pressActive_ = true;
@@ -132,7 +134,10 @@ void LoupeFrameView::mouseReleaseEvent(QMouseEvent* event) {
   if (onRelease) onRelease();
 }
 
-void LoupeFrameView::hideEvent(QHideEvent*) { abandonPress(); }
+void LoupeFrameView::hideEvent(QHideEvent*) {
+  abandonPress();
+  endKeyStep();
+}
 
 // The release of a press goes elsewhere when the window is taken away or the mouse grabbed under it.
 void LoupeFrameView::abandonPress() {
@@ -143,7 +148,9 @@ void LoupeFrameView::abandonPress() {
 
 void LoupeFrameView::paintEvent(QPaintEvent*) {
   const desktop::DeviceSize size = desktop::Panel::deviceSizeOf(*this);
-  const Painted wanted{{bounds(), isLocked, panelVisible, isInteracting_}, {size.width, size.height}, devicePixelRatioF()};
+  const Painted wanted{{bounds(), isLocked, panelVisible, isInteracting_, showsFocus()},
+                       {size.width, size.height},
+                       devicePixelRatioF()};
   if (wanted != painted_) {
     picture_ = pictureOf(wanted);
     painted_ = wanted;

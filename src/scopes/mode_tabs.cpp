@@ -1,6 +1,9 @@
 #include "scopes/mode_tabs.h"
 
+#include <algorithm>
+
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
@@ -133,6 +136,18 @@ ModeTabs::~ModeTabs() = default;
 
 void ModeTabs::setMode(Mode mode) {
   for (Tab* tab : tabs_) tab->setCurrent(tab->mode() == mode);
+}
+
+// What the tab that has the keyboard has no use for.
+void ModeTabs::keyPressEvent(QKeyEvent* event) {
+  const int way = event->key() == Qt::Key_Left ? -1 : event->key() == Qt::Key_Right ? 1 : 0;
+  const auto focused = std::ranges::find_if(tabs_, [](const Tab* tab) { return tab->hasFocus(); });
+  if (way == 0 || focused == tabs_.end()) return QWidget::keyPressEvent(event);
+  const auto last = static_cast<std::ptrdiff_t>(tabs_.size()) - 1;
+  const auto next = std::clamp<std::ptrdiff_t>(focused - tabs_.begin() + way, 0, last);
+  Tab& wanted = *tabs_[static_cast<std::size_t>(next)];
+  wanted.setFocus(Qt::TabFocusReason);
+  wanted.click();
 }
 
 QWidget& ModeTabs::tab(Mode mode) const { return *tabs_.at(static_cast<std::size_t>(MetalProcessor::id(mode))); }

@@ -11,7 +11,8 @@
 
 namespace velicor {
 
-// The row of tabs that selects the analysis mode: equal shares of the width, the current one underlined. Main thread.
+// The row of tabs that selects the analysis mode: equal shares of the width, the current one underlined. Each is a stop on
+// the way of Tab; the arrow keys select its neighbours too. Main thread.
 class ModeTabs : public QWidget, public controls::Accessible {
  public:
   explicit ModeTabs(MetalProcessor::Mode mode, QWidget* parent = nullptr);
@@ -28,6 +29,9 @@ class ModeTabs : public QWidget, public controls::Accessible {
 
   QAccessible::Role accessibleRole() const override { return QAccessible::PageTabList; }
   QString accessibleText() const override;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   class Tab;

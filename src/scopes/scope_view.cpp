@@ -11,6 +11,17 @@ ScopeView::ScopeView(double aspect, int width, QWidget* picture, Graticule* grat
   graticule->setCornerRadius(cornerRadius);
 }
 
+void ScopeView::setReading(const QString& words) {
+  if (words == reading_) return;
+  reading_ = words;
+  controls::announceDescription(*this);
+}
+
+QString ScopeView::accessibleDescription() const {
+  if (onAsked) onAsked();
+  return reading_;
+}
+
 void ScopeView::resizeEvent(QResizeEvent*) {
   for (QWidget* layer : findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) layer->setGeometry(rect());
 }

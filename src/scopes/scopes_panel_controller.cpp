@@ -9,6 +9,7 @@
 #include "platform/desktop/application.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/panel_ground.h"
+#include "platform/desktop/reach.h"
 #include "scopes/panel_title_strip.h"
 #include "scopes/scopes_geometry.h"
 #include "scopes/scopes_view.h"
@@ -98,11 +99,10 @@ void ScopesPanelController::followScreens() {
   const auto shown = [this](const desktop::Screen& screen) {
     return panel_->frame().intersection(screen.frame).area();
   };
-  const auto showsPanel = [&](const desktop::Screen& screen) { return shown(screen) > 0; };
-  const bool stranded = std::ranges::any_of(before, showsPanel) && std::ranges::none_of(screens_, showsPanel);
-  if (before.empty() || stranded) return place(visibleFrameFor(desktop_.screens()));
+  const bool reachable = desktop::isWithinReach(panel_->frame(), screens_);
+  if (before.empty() || !reachable) return place(visibleFrameFor(desktop_.screens()));
   const desktop::Screen& home = *std::ranges::max_element(screens_, {}, shown);
-  if (showsPanel(home) && panel_->frame().height > home.visibleFrame.height) place(home.visibleFrame);
+  if (panel_->frame().height > home.visibleFrame.height) place(home.visibleFrame);
 }
 
 }  // namespace velicor

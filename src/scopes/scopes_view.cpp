@@ -24,6 +24,7 @@
 #include "scopes/error_block.h"
 #include "scopes/parade_graticule.h"
 #include "scopes/scope_view.h"
+#include "scopes/scope_words.h"
 #include "scopes/scopes_geometry.h"
 #include "scopes/vectorscope_graticule.h"
 
@@ -64,6 +65,7 @@ ScopesView::ScopesView(AppState& state, CaptureManager& capture, double scopeWid
       desktop_(desktop),
       scopeWidth_(roundHalfAway(scopeWidth)),
       legendHeight_(roundHalfAway(legendHeight)) {
+  setAccessibleName(QStringLiteral("Scopes"));
   auto* column = controls::plainLayout<QVBoxLayout>(this);
   column->setContentsMargins(padding);
   column->addWidget(header());
@@ -182,15 +184,18 @@ QWidget* ScopesView::scopes() {
   auto* result = new QWidget;
   auto* column = controls::plainLayout<QVBoxLayout>(result, static_cast<int>(scopes_geometry::scopeGap));
   column->setContentsMargins(0, 14, 0, 14);
-  const auto add = [column](QWidget* scope) { column->addWidget(scope, 0, Qt::AlignHCenter); };
-  add(scope(scopes_geometry::vectorscopeAspect, &MetalProcessor::vectorscope, new VectorscopeGraticule));
-  add(scope(scopes_geometry::paradeAspect, &MetalProcessor::parade, new ParadeGraticule));
+  ScopeView* vectorscope = scope(QStringLiteral("Vectorscope"), scopes_geometry::vectorscopeAspect,
+                                 &MetalProcessor::vectorscope, new VectorscopeGraticule);
+  ScopeView* parade = scope(QStringLiteral("RGB parade"), scopes_geometry::paradeAspect, &MetalProcessor::parade,
+                            new ParadeGraticule);
+  for (ScopeView* view : {vectorscope, parade}) column->addWidget(view, 0, Qt::AlignHCenter);
+  narrator_ = std::make_unique<ScopeNarrator>(state_.processor, *vectorscope, *parade);
   return result;
 }
 
-QWidget* ScopesView::scope(double aspect,
-                           std::function<std::shared_ptr<gpu::Texture>(const MetalProcessor&)> picture,
-                           Graticule* graticule) {
+ScopeView* ScopesView::scope(const QString& name, double aspect,
+                             std::function<std::shared_ptr<gpu::Texture>(const MetalProcessor&)> picture,
+                             Graticule* graticule) {
   std::unique_ptr<LiveTextureView> live;
   if (const std::shared_ptr<MetalProcessor> processor = state_.processor) {
     const MetalTextureView view{processor->device(), velicorScopesReady,
@@ -198,7 +203,9 @@ QWidget* ScopesView::scope(double aspect,
     live = view.makeView(view.makeCoordinator());
     live->setCornerRadius(ScopeView::cornerRadius);
   }
-  return new ScopeView(aspect, scopeWidth_, live.release(), graticule);
+  auto* result = new ScopeView(aspect, scopeWidth_, live.release(), graticule);
+  result->setAccessibleName(name);
+  return result;
 }
 
 QWidget* ScopesView::paletteEditor() {

@@ -27,6 +27,8 @@ class ErrorBlock;
 class Graticule;
 class LegendView;
 class PaletteEditor;
+class ScopeNarrator;
+class ScopeView;
 
 // What the scopes panel shows: the modes, the controls, the two scopes with the palette editor and the legend. Shows
 // the state and the capture as they are, within a turn of the event loop after any change; the user's changes go to
@@ -52,8 +54,8 @@ class ScopesView : public QWidget {
   QWidget* rateRow();
   QWidget* scrollArea();
   QWidget* scopes();
-  QWidget* scope(double aspect, std::function<std::shared_ptr<gpu::Texture>(const MetalProcessor&)> picture,
-                 Graticule* graticule);
+  ScopeView* scope(const QString& name, double aspect,
+                   std::function<std::shared_ptr<gpu::Texture>(const MetalProcessor&)> picture, Graticule* graticule);
   QWidget* paletteEditor();
   QWidget* legend();
 
@@ -74,6 +76,7 @@ class ScopesView : public QWidget {
   controls::Label* percentage_ = nullptr;
   controls::SegmentedPicker* rate_ = nullptr;
   ScrollColumn* scrolled_ = nullptr;
+  std::unique_ptr<ScopeNarrator> narrator_;
   PaletteEditor* editor_ = nullptr;
   QWidget* hairlineBelowEditor_ = nullptr;
   LegendView* legendView_ = nullptr;

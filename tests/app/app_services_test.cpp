@@ -1,5 +1,9 @@
+#include <fstream>
+#include <iterator>
+
 #include <gtest/gtest.h>
 
+#include "app/gestures.h"
 #include "app/support_mail.h"
 
 namespace velicor {
@@ -21,6 +25,17 @@ TEST(SupportMailTest, carriesSubjectAndSignaturePercentEncoded) {
   OpenerThatRemembers opener;
   SupportMail::compose(opener);
   EXPECT_TRUE(opener.opened.starts_with("mailto:support@velicor.example?subject=")) << opener.opened;
+}
+
+TEST(GesturesTest, theReadmeHasThemAll) {
+  std::ifstream file(VELICOR_README);
+  const std::string readme{std::istreambuf_iterator<char>(file), {}};
+  for (const GestureGroup& group : gestureGroups()) {
+    for (const auto& [how, what] : group.gestures) {
+      const std::string row = "| " + std::string(how) + " | " + std::string(what) + " |\n";
+      EXPECT_NE(readme.find(row), std::string::npos) << row;
+    }
+  }
 }
 
 }  // namespace

@@ -24,7 +24,9 @@ class SessionBus {
  private:
   QTemporaryDir folder_;
   const std::string address_ = "unix:path=" + folder_.filePath("bus").toStdString();
-  Program program_{{"dbus-daemon", "--session", "--nofork", "--address=" + address_}};
+  // The services that it starts keep to that folder too.
+  Program program_{{"env", "XDG_RUNTIME_DIR=" + folder_.path().toStdString(), "dbus-daemon", "--session", "--nofork",
+                    "--address=" + address_}};
 };
 
 // What a desktop's panel does for status items.

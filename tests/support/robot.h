@@ -13,8 +13,9 @@ namespace velicor::test {
 // The server's numbers of some keys.
 namespace key {
 inline constexpr std::uint8_t escape = 9, digit1 = 10, digit2 = 11, digit3 = 12, tab = 23, q = 24, enter = 36,
-                              control = 37, a = 38, s = 39, l = 46, shift = 50, alt = 64, capsLock = 66, f10 = 76,
-                              numLock = 77, down = 116, super = 133;
+                              control = 37, a = 38, s = 39, l = 46, shift = 50, alt = 64, space = 65, capsLock = 66,
+                              f1 = 67, f6 = 72, f10 = 76, numLock = 77, home = 110, up = 111, left = 113, right = 114,
+                              end = 115, down = 116, super = 133;
 }  // namespace key
 
 // A hand on the mouse and the keys of a display: what it does reaches programs as if a device had done it.

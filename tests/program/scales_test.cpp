@@ -1,0 +1,102 @@
+// The loupe at scales with a fraction: it stands, captures and answers to the pixel.
+#include <gtest/gtest.h>
+
+#include "analysis/kernels/pixel_math.h"
+#include "platform/base/geometry.h"
+#include "program/stage.h"
+#include "support/main_loop.h"
+
+namespace velicor::test {
+namespace {
+
+constexpr Pattern pattern{7};
+constexpr int frameWidth = 30;  // points, and more than the chips need
+
+struct Setting {
+  const char* name;
+  const char* variable;
+  double scale;
+};
+
+// What the skin indicator makes of a pixel, in the standard colours.
+QRgb answerTo(std::uint32_t rgb) {
+  const color::Pixel pixel{int(rgb >> 16 & 255U), int(rgb >> 8 & 255U), int(rgb & 255U)};
+  const int luma = color::lumaOf(pixel);
+  switch (color::skinZone(pixel, luma)) {
+    case color::zoneOnLine:
+      return qRgb(255, 242, 0);
+    case color::zoneGreen:
+      return qRgb(0, 255, 38);
+    case color::zonePink:
+      return qRgb(255, 26, 191);
+    default:
+      return qRgb(color::greyOf(luma), color::greyOf(luma), color::greyOf(luma));
+  }
+}
+
+class ScalesTest : public testing::TestWithParam<Setting> {
+ protected:
+  // The loupe's pixels when it is this many points right of where it starts, and this many wider.
+  static DeviceRect loupeAt(double right, double wider) {
+    const double scale = GetParam().scale;
+    const auto pixels = [scale](double points) { return roundHalfAway(points * scale); };
+    const double x = 1280 / scale / 2 - 87.5;
+    const double y = 800 / scale / 2 - 87.5;
+    return {pixels(x + right), pixels(y), pixels(175 + wider), pixels(175)};
+  }
+
+  // Every pixel of its inside is the answer to the one that lies below.
+  testing::AssertionResult answersIn(const DeviceRect& loupe) {
+    const int margin = roundHalfAway(frameWidth * GetParam().scale);
+    int wrong = 0;
+    const bool right = waitUntil([&] {
+      const QImage image = stage_.screenshot();
+      wrong = 0;
+      for (int y = loupe.y + margin; y < loupe.bottom() - margin; ++y) {
+        for (int x = loupe.x + margin; x < loupe.right() - margin; ++x) {
+          if (image.pixel(x, y) != answerTo(pattern.at(x, y))) ++wrong;
+        }
+      }
+      return wrong == 0;
+    });
+    return right ? testing::AssertionSuccess() : testing::AssertionFailure() << wrong << " pixels are wrong";
+  }
+
+  Stage stage_{Surroundings::windowManagerAndCompositor};
+};
+
+TEST_P(ScalesTest, TheAnswerLiesOnItsPixelsWhereverTheLoupeIs) {
+  stage_.painter().lower(stage_.painter().showPattern({0, 0, 1280, 800}, pattern));
+  Launch launch = stage_.launch();
+  launch.environment = {GetParam().variable};
+  RunningVelicor velicor(launch);
+  ASSERT_TRUE(stage_.hasKeyboard("Velicor")) << velicor.log();
+  stage_.mouse().strike({key::f6});
+  ASSERT_TRUE(stage_.hasKeyboard(loupeAt(0, 0)));
+  stage_.mouse().strike({key::space});  // the scopes panel would lie over the loupe
+  for (const int right : {0, 1, 2, 3}) {
+    EXPECT_TRUE(stage_.hasKeyboard(loupeAt(right, 0)));
+    EXPECT_TRUE(answersIn(loupeAt(right, 0))) << right;
+    stage_.mouse().strike({key::right});
+  }
+  for (const int wider : {1, 2}) {
+    stage_.mouse().strike({key::control, key::right});
+    EXPECT_TRUE(stage_.hasKeyboard(loupeAt(4, wider)));
+    EXPECT_TRUE(answersIn(loupeAt(4, wider))) << wider << " points wider";
+  }
+  // The line of the frame is on the last column.
+  const DeviceRect loupe = loupeAt(4, 2);
+  EXPECT_TRUE(stage_.shows({loupe.right(), loupe.y + 60},
+                           QColor::fromRgb(pattern.at(loupe.right(), loupe.y + 60))));
+  EXPECT_NE(stage_.colorAt({loupe.right() - 1, loupe.y + 60}),
+            QColor::fromRgb(pattern.at(loupe.right() - 1, loupe.y + 60)));
+}
+
+INSTANTIATE_TEST_SUITE_P(, ScalesTest,
+                         testing::Values(Setting{"OneAndAQuarter", "QT_SCALE_FACTOR=1.25", 1.25},
+                                         Setting{"OneAndAHalfOfTheScreen", "QT_SCREEN_SCALE_FACTORS=screen=1.5", 1.5},
+                                         Setting{"Two", "QT_SCALE_FACTOR=2", 2}),
+                         [](const auto& test) { return test.param.name; });
+
+}  // namespace
+}  // namespace velicor::test
