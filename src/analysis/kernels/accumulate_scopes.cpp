@@ -10,60 +10,118 @@ namespace velicor::kernels {
 
 namespace {
 
-// A row's samples: their pixels as they lie in memory, and where they are counted.
+// The parade is counted a few columns at a time, in a table of planes of levels of these columns that stays
+// near the processor whatever the picture. The whole parade does not.
+constexpr std::size_t bandColumns = 32;
+constexpr std::size_t bandPlane = scopeBins * bandColumns;
+
+// The samples of the analysed area: every `stride`-th pixel of every `stride`-th row.
 struct Samples {
+  const std::byte* bytes;
+  std::size_t bytesPerRow;  // from one sampled row to the next
+  std::size_t stride;
+  std::size_t width;
+  std::size_t height;
+  gpu::PixelFormat format;
+
+  std::size_t step() const { return gpu::bytesPerPixel * stride; }
+  const std::byte* at(std::size_t x, std::size_t y) const { return bytes + bytesPerRow * y + step() * x; }
+};
+
+// Scratch memory for all samples of a row.
+struct RowMemory {
   std::span<Packed> pixels;
   std::span<std::uint32_t> chromaBins;
   std::span<std::uint32_t> columns;  // of the parade; the same for all rows
-  gpu::PixelFormat format;
-
-  void collect(const std::byte* row, std::size_t stride) {
-    const std::size_t step = gpu::bytesPerPixel * stride;
-    for (Packed& pixel : pixels) {
-      std::memcpy(&pixel, row, sizeof pixel);
-      row += step;
-    }
-    findChromaBins({std::as_bytes(pixels).data(), format}, chromaBins.data(), pixels.size());
-  }
 };
 
-// Plain areas send one sample after the other to the same counters, and each addition then waits for the one
-// before. So a row's two halves are counted by turns: they never meet in the parade, and have a vectorscope
-// of their own each.
-class Counters {
+// Consecutive samples of a row: their pixels and where they are counted.
+struct Piece {
+  const std::byte* pixels;
+  const std::uint32_t* chromaBins;
+  const std::uint32_t* columns;
+  std::size_t count;
+};
+
+// The processor fetches ahead within a row, not into another one.
+void prefetch(const std::byte* from, std::size_t length) {
+  constexpr std::size_t cacheLine = 64;
+  for (std::size_t i = 0; i < length; i += cacheLine)
+    __builtin_prefetch(from + i);
+}
+
+const std::byte* gathered(const std::byte* from, std::size_t step, std::span<Packed> to) {
+  for (Packed& pixel : to) {
+    std::memcpy(&pixel, from, sizeof pixel);
+    from += step;
+  }
+  return std::as_bytes(to).data();
+}
+
+class Band {
  public:
-  Counters(std::span<std::uint32_t> vectorscope, std::span<std::uint32_t> parade,
-           std::span<std::uint32_t> secondVectorscope)
-      : vectorscope_(vectorscope), second_(secondVectorscope), parade_(parade) {
-    std::ranges::fill(second_, 0U);
+  Band(std::span<std::uint32_t> table, std::span<std::uint32_t> vectorscope, gpu::PixelFormat format)
+      : table_(table), vectorscope_(vectorscope), order_(orderOf(format)) {
+    std::ranges::fill(table_, 0U);
   }
 
-  void add(const Samples& samples) {
-    const std::size_t half = samples.pixels.size() / 2;
-    const ChannelOrder order = orderOf(samples.format);
+  // Plain areas send one sample after the other to the same counters, and each addition then waits for the
+  // one before. So the two halves are counted by turns.
+  void add(const Piece& piece) {
+    const std::size_t half = piece.count / 2;
     for (std::size_t i = 0; i < half; ++i) {
-      add(samples, i, order, vectorscope_);
-      add(samples, half + i, order, second_);
+      add(piece, i);
+      add(piece, half + i);
     }
-    if (2 * half < samples.pixels.size()) add(samples, 2 * half, order, vectorscope_);
+    if (2 * half < piece.count) add(piece, 2 * half);
   }
 
-  void merge() { addCounters(second_.data(), vectorscope_.data(), planeCounters); }
+  void moveTo(std::span<std::uint32_t> parade, std::size_t firstColumn) {
+    moveCounters(table_.data(), bandColumns, &parade[firstColumn], scopeBins, 3 * scopeBins);
+  }
 
  private:
-  void add(const Samples& samples, std::size_t i, ChannelOrder order, std::span<std::uint32_t> vectorscope) {
-    const auto* pixel = reinterpret_cast<const std::uint8_t*>(&samples.pixels[i]);
-    std::uint32_t* column = &parade_[samples.columns[i]];
-    ++vectorscope[samples.chromaBins[i]];
-    ++column[std::size_t{pixel[order.red]} * scopeBins];
-    ++column[planeCounters + std::size_t{pixel[1]} * scopeBins];
-    ++column[2 * planeCounters + std::size_t{pixel[order.blue]} * scopeBins];
+  void add(const Piece& piece, std::size_t i) {
+    const std::byte* pixel = piece.pixels + gpu::bytesPerPixel * i;
+    std::uint32_t* column = &table_[piece.columns[i] % bandColumns];
+    ++vectorscope_[piece.chromaBins[i]];
+    ++column[std::to_integer<std::size_t>(pixel[order_.red]) * bandColumns];
+    ++column[bandPlane + std::to_integer<std::size_t>(pixel[1]) * bandColumns];
+    ++column[2 * bandPlane + std::to_integer<std::size_t>(pixel[order_.blue]) * bandColumns];
   }
 
+  std::span<std::uint32_t> table_;
   std::span<std::uint32_t> vectorscope_;
-  std::span<std::uint32_t> second_;
-  std::span<std::uint32_t> parade_;
+  ChannelOrder order_;
 };
+
+// Counts the samples begin … end of every row.
+void countBand(const Samples& samples, const RowMemory& memory, std::size_t begin, std::size_t end,
+               Band& band) {
+  const std::size_t count = end - begin;
+  const std::size_t length = samples.step() * (count - 1) + gpu::bytesPerPixel;
+  for (std::size_t y = 0; y < samples.height; ++y) {
+    const std::byte* from = samples.at(begin, y);
+    if (y + 1 < samples.height) prefetch(samples.at(begin, y + 1), length);
+    const std::byte* pixels =
+        samples.stride == 1 ? from : gathered(from, samples.step(), memory.pixels.first(count));
+    findChromaBins({pixels, samples.format}, memory.chromaBins.data(), count);
+    band.add({pixels, memory.chromaBins.data(), &memory.columns[begin], count});
+  }
+}
+
+void count(const Samples& samples, const RowMemory& memory, Band& band, std::span<std::uint32_t> parade) {
+  std::size_t begin = 0;
+  for (std::size_t firstColumn = 0; firstColumn < scopeBins; firstColumn += bandColumns) {
+    std::size_t end = begin;
+    while (end < samples.width && memory.columns[end] < firstColumn + bandColumns)
+      ++end;
+    if (begin == end) continue;
+    countBand(samples, memory, begin, end, band);
+    band.moveTo(parade, firstColumn);
+    begin = end;
+  }
+}
 
 }  // namespace
 
@@ -79,21 +137,27 @@ void accumulateScopes(const gpu::NativeArguments& arguments, gpu::GridRange rang
   }
   const std::uint32_t width = std::min(area.width, static_cast<std::uint32_t>(source.width) - area.x);
   const std::uint32_t height = std::min(area.height, static_cast<std::uint32_t>(source.height) - area.y);
-  const std::size_t count = std::min((width + stride - 1) / stride, static_cast<std::uint32_t>(range.width));
+  const auto samplesAlong = [stride](std::uint32_t length, int threads) {
+    return std::min((length + stride - 1) / stride, static_cast<std::uint32_t>(threads));
+  };
+  const auto firstRow = static_cast<std::uint32_t>(range.firstRow);
+  const std::uint32_t columns = samplesAlong(width, range.width), endRow = samplesAlong(height, range.endRow);
+  if (firstRow >= endRow) return;
+  const Samples samples{source.pixel(static_cast<int>(area.x), static_cast<int>(area.y + firstRow * stride)),
+                        source.bytesPerRow * stride,
+                        stride,
+                        columns,
+                        endRow - firstRow,
+                        source.format};
 
-  const auto memory = gpu::scratch<std::uint32_t>(planeCounters + 3 * count);
-  Samples samples{memory.subspan(planeCounters, count), memory.subspan(planeCounters + count, count),
-                  memory.subspan(planeCounters + 2 * count, count), source.format};
-  for (std::size_t i = 0; i < count; ++i)
-    samples.columns[i] = static_cast<std::uint32_t>(i) * stride * scopeBins / area.width;
-  Counters counters(vectorscope, parade, memory.first(planeCounters));
-  for (int j = range.firstRow; j < range.endRow; ++j) {
-    const std::uint32_t y = static_cast<std::uint32_t>(j) * stride;
-    if (y >= height) break;
-    samples.collect(source.pixel(static_cast<int>(area.x), static_cast<int>(area.y + y)), stride);
-    counters.add(samples);
-  }
-  counters.merge();
+  const auto memory = gpu::scratch<std::uint32_t>(3 * bandPlane + 3 * samples.width);
+  const auto row = memory.subspan(3 * bandPlane);
+  const RowMemory rowMemory{row.first(samples.width), row.subspan(samples.width, samples.width),
+                            row.subspan(2 * samples.width)};
+  for (std::uint32_t i = 0; i < columns; ++i)
+    rowMemory.columns[i] = i * stride * scopeBins / area.width;
+  Band band(memory.first(3 * bandPlane), vectorscope, source.format);
+  count(samples, rowMemory, band, parade);
 }
 
 }  // namespace velicor::kernels

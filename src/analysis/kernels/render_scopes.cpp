@@ -62,7 +62,7 @@ class Trace {
  private:
   Tint tint_;
   const Brightness& brightness_;
-  std::array<Packed, tableSize> colors_;
+  std::array<Packed, tableSize> colors_{};
 };
 
 }  // namespace

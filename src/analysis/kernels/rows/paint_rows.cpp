@@ -21,11 +21,15 @@ constexpr float greyShare = 0x1.a36e32p-14F;
 constexpr float heatShare = 1.0F / color::heatStep;
 
 HWY_INLINE WordVector opaqueGrey(NumberVector luma) {
+  // Behind a number as large as this there is no room for a fraction: the lowest byte of a sum is the nearest
+  // whole number.
+  constexpr float noFraction = 0x1p23F;
   alignas(16) static constexpr std::uint8_t lowestThrice[16] = {0, 0, 0, 3,  4,  4,  4,  7,
                                                                 8, 8, 8, 11, 12, 12, 12, 15};
   const hn::Repartition<std::uint8_t, Words> bytes;
-  const auto grey = hn::NearestInt(hn::Mul(hn::ConvertTo(Reals(), luma), hn::Set(Reals(), greyShare)));
-  const auto spread = hn::TableLookupBytes(hn::BitCast(bytes, grey), hn::LoadDup128(bytes, lowestThrice));
+  const auto grey = hn::Mul(hn::ConvertTo(Reals(), luma), hn::Set(Reals(), greyShare));
+  const auto rounded = hn::BitCast(bytes, hn::Add(grey, hn::Set(Reals(), noFraction)));
+  const auto spread = hn::TableLookupBytes(rounded, hn::LoadDup128(bytes, lowestThrice));
   return hn::Or(hn::BitCast(Words(), spread), hn::Set(Words(), packed({0, 0, 0, 255})));
 }
 

@@ -47,9 +47,12 @@ void traceCounters(const std::uint32_t* counters, std::size_t count, const Packe
     to[i] = colors[std::min(counters[i], last)];
 }
 
-void addCounters(const std::uint32_t* from, std::uint32_t* to, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i)
-    to[i] += from[i];
+void moveCounters(std::uint32_t* from, std::size_t columns, std::uint32_t* to, std::size_t pitch,
+                  std::size_t rows) {
+  for (std::size_t y = 0; y < rows; ++y, from += columns, to += pitch) {
+    for (std::size_t x = 0; x < columns; ++x)
+      to[x] += std::exchange(from[x], 0U);
+  }
 }
 
 void copySwapped(const std::byte* from, std::byte* to, std::size_t count) {

@@ -39,11 +39,15 @@ void paintHeat(SourceRow from, std::byte* to, std::size_t count, const HeatColor
 // The vectorscope's bin, row × 256 + column, of each pixel.
 void findChromaBins(SourceRow from, std::uint32_t* bins, std::size_t count);
 
-// colors[min(counter, last)] of each counter. The colour of 0 is black.
+// colors[min(counter, last)] of each counter. The colour of 0 is black. There are 64 colors or more to be
+// read.
 void traceCounters(const std::uint32_t* counters, std::size_t count, const Packed* colors, std::uint32_t last,
                    Packed* to);
 
-void addCounters(const std::uint32_t* from, std::uint32_t* to, std::size_t count);
+// Adds rows of `columns` counters, one behind the other, to rows that lie `pitch` counters apart, and clears
+// them.
+void moveCounters(std::uint32_t* from, std::size_t columns, std::uint32_t* to, std::size_t pitch,
+                  std::size_t rows);
 
 // RGBA to BGRA and back.
 void copySwapped(const std::byte* from, std::byte* to, std::size_t count);
@@ -63,7 +67,8 @@ void paintHeat(SourceRow from, std::byte* to, std::size_t count, const HeatColor
 void findChromaBins(SourceRow from, std::uint32_t* bins, std::size_t count);
 void traceCounters(const std::uint32_t* counters, std::size_t count, const Packed* colors, std::uint32_t last,
                    Packed* to);
-void addCounters(const std::uint32_t* from, std::uint32_t* to, std::size_t count);
+void moveCounters(std::uint32_t* from, std::size_t columns, std::uint32_t* to, std::size_t pitch,
+                  std::size_t rows);
 void copySwapped(const std::byte* from, std::byte* to, std::size_t count);
 void mixRows(const std::byte* upper, const std::byte* lower, std::uint32_t weight, MixedTexel* to,
              std::size_t count);

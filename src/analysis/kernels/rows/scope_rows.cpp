@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "analysis/kernels/rows/rows.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -10,8 +12,8 @@ HWY_BEFORE_NAMESPACE();
 namespace velicor::kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
-using plain::addCounters;
 using plain::findChromaBins;
+using plain::moveCounters;
 using plain::traceCounters;
 #else
 
@@ -53,23 +55,43 @@ void traceCounters(const std::uint32_t* counters, std::size_t count, const Packe
                    Packed* to) {
   const Words d;
   const auto black = hn::Set(d, colors[0]);
+  const std::size_t lanes = hn::Lanes(d);
+  const auto lastLane = hn::Set(d, static_cast<std::uint32_t>(lanes - 1));
+  const auto lastNear = hn::Set(d, std::min(static_cast<std::uint32_t>(2 * lanes - 1), last));
+  const auto low = hn::LoadU(d, colors), high = hn::LoadU(d, colors + lanes);
   const auto trace = [&](std::size_t first) HWY_ATTR {
     const auto found = hn::LoadU(d, counters + first);
     // Most bins are empty in most pictures.
     if (hn::AllTrue(d, hn::Eq(found, hn::Zero(d)))) return hn::StoreU(black, d, to + first);
+    // The colours of low counters are at hand.
+    if (hn::AllTrue(d, hn::Eq(hn::Min(found, lastNear), found))) {
+      const auto lane = hn::IndicesFromVec(d, hn::And(found, lastLane));
+      const auto isLow = hn::Eq(hn::Min(found, lastLane), found);
+      return hn::StoreU(
+          hn::IfThenElse(isLow, hn::TableLookupLanes(low, lane), hn::TableLookupLanes(high, lane)), d,
+          to + first);
+    }
     const auto places = hn::BitCast(Numbers(), hn::Min(found, hn::Set(d, last)));
     hn::StoreU(hn::GatherIndex(d, colors, places), d, to + first);
   };
   if (!forVectors(count, trace)) plain::traceCounters(counters, count, colors, last, to);
 }
 
-void addCounters(const std::uint32_t* from, std::uint32_t* to, std::size_t count) {
+void moveCounters(std::uint32_t* from, std::size_t columns, std::uint32_t* to, std::size_t pitch,
+                  std::size_t rows) {
   const Words d;
+  const auto none = hn::Zero(d);
   const std::size_t lanes = hn::Lanes(d);
-  std::size_t i = 0;
-  for (; i + lanes <= count; i += lanes)
-    hn::StoreU(hn::Add(hn::LoadU(d, to + i), hn::LoadU(d, from + i)), d, to + i);
-  plain::addCounters(from + i, to + i, count - i);
+  if (columns % lanes != 0) return plain::moveCounters(from, columns, to, pitch, rows);
+  for (std::size_t y = 0; y < rows; ++y, from += columns, to += pitch) {
+    for (std::size_t x = 0; x < columns; x += lanes) {
+      const auto found = hn::LoadU(d, from + x);
+      // Most counters are empty in most pictures.
+      if (hn::AllTrue(d, hn::Eq(found, none))) continue;
+      hn::StoreU(hn::Add(hn::LoadU(d, to + x), found), d, to + x);
+      hn::StoreU(none, d, from + x);
+    }
+  }
 }
 
 #endif
@@ -82,7 +104,7 @@ namespace velicor::kernels {
 
 HWY_EXPORT(findChromaBins);
 HWY_EXPORT(traceCounters);
-HWY_EXPORT(addCounters);
+HWY_EXPORT(moveCounters);
 
 void findChromaBins(SourceRow from, std::uint32_t* bins, std::size_t count) {
   HWY_DYNAMIC_DISPATCH(findChromaBins)(from, bins, count);
@@ -93,8 +115,9 @@ void traceCounters(const std::uint32_t* counters, std::size_t count, const Packe
   HWY_DYNAMIC_DISPATCH(traceCounters)(counters, count, colors, last, to);
 }
 
-void addCounters(const std::uint32_t* from, std::uint32_t* to, std::size_t count) {
-  HWY_DYNAMIC_DISPATCH(addCounters)(from, to, count);
+void moveCounters(std::uint32_t* from, std::size_t columns, std::uint32_t* to, std::size_t pitch,
+                  std::size_t rows) {
+  HWY_DYNAMIC_DISPATCH(moveCounters)(from, columns, to, pitch, rows);
 }
 
 }  // namespace velicor::kernels
