@@ -26,9 +26,8 @@ constexpr int groups(int threads) {
 }
 
 template <typename T>
-gpu::InlineBytes inlineBytes(const T& value) {
-  const auto bytes = std::as_bytes(std::span<const T, 1>(&value, 1));
-  return {bytes.begin(), bytes.end()};
+gpu::InlineBytes inlineBytes(gpu::Recording& to, const T& value) {
+  return to.keep(std::as_bytes(std::span<const T, 1>(&value, 1)));
 }
 
 // One frame with everything that its passes read and write.
@@ -39,70 +38,67 @@ class Scene {
         wrapped_(
             device_->makeTextureCache()->texture(benchmarks::makePicture(picture, size.width, size.height),
                                                  gpu::PixelFormat::bgra8Unorm, size.width, size.height)) {
-    execute(copyOfFrame());
+    gpu::Recording recording;
+    copyFrame(recording);
+    execute(recording);
   }
 
-  gpu::Pass copyOfFrame() const { return gpu::TextureCopy{wrapped_, {}, size_, frame_, {}}; }
+  void copyFrame(gpu::Recording& to) const {
+    to.passes.emplace_back(gpu::TextureCopy{wrapped_, {}, size_, frame_, {}});
+  }
 
-  gpu::Pass falseColor(MetalProcessor::Mode mode) const {
+  void falseColor(gpu::Recording& to, MetalProcessor::Mode mode) const {
     gpu::Bindings bindings;
     bindings.textures = {frame_, preview_};
-    bindings.buffers = {inlineBytes(static_cast<std::uint32_t>(MetalProcessor::id(mode))),
-                        inlineBytes(kernels::Offset{}), inlineBytes(Palette::standard().buffer())};
-    return dispatch("falseColor", std::move(bindings), size_);
+    bindings.buffers = {inlineBytes(to, static_cast<std::uint32_t>(MetalProcessor::id(mode))),
+                        inlineBytes(to, kernels::Offset{}), inlineBytes(to, Palette::standard().buffer())};
+    dispatch(to, "falseColor", std::move(bindings), size_);
   }
 
-  gpu::Pass clear(const std::shared_ptr<gpu::Buffer>& counters) const {
-    return gpu::BufferFill{counters, 0, counters->length(), 0};
+  void clearCounters(gpu::Recording& to) const {
+    for (const auto& counters : {chroma_, parade_})
+      to.passes.emplace_back(gpu::BufferFill{counters, 0, counters->length(), 0});
   }
 
-  gpu::Pass accumulation() const {
+  void accumulate(gpu::Recording& to) const {
     const int stride = MetalProcessor::sampleStride(size_.width, size_.height);
     gpu::Bindings bindings;
     bindings.textures = {frame_};
     bindings.buffers = {gpu::BufferSlice{chroma_}, gpu::BufferSlice{parade_},
-                        inlineBytes(kernels::Rectangle{0, 0, static_cast<std::uint32_t>(size_.width),
-                                                       static_cast<std::uint32_t>(size_.height)}),
-                        inlineBytes(static_cast<std::uint32_t>(stride))};
-    return dispatch("accumulateScopes", std::move(bindings),
-                    {(size_.width + stride - 1) / stride, (size_.height + stride - 1) / stride});
+                        inlineBytes(to, kernels::Rectangle{0, 0, static_cast<std::uint32_t>(size_.width),
+                                                           static_cast<std::uint32_t>(size_.height)}),
+                        inlineBytes(to, static_cast<std::uint32_t>(stride))};
+    dispatch(to, "accumulateScopes", std::move(bindings),
+             {(size_.width + stride - 1) / stride, (size_.height + stride - 1) / stride});
   }
 
-  gpu::Pass scopeImage(const char* kernel, const std::shared_ptr<gpu::Buffer>& counters, float gain,
-                       const std::shared_ptr<gpu::Texture>& image) const {
-    gpu::Bindings bindings;
-    bindings.textures = {image};
-    bindings.buffers = {gpu::BufferSlice{counters}, inlineBytes(gain)};
-    return dispatch(kernel, std::move(bindings), image->size());
+  void vectorscope(gpu::Recording& to) const {
+    scopeImage(to, "renderVectorscope", chroma_, 1 / 8.9F, chromaImage_);
   }
-  gpu::Pass vectorscope() const { return scopeImage("renderVectorscope", chroma_, 1 / 8.9F, chromaImage_); }
-  gpu::Pass parade() const { return scopeImage("renderParade", parade_, 1 / 7.8F, paradeImage_); }
+  void parade(gpu::Recording& to) const { scopeImage(to, "renderParade", parade_, 1 / 7.8F, paradeImage_); }
 
   // The preview, shown at its own size or at three quarters of it.
-  gpu::Pass draw(int quarters) const {
-    gpu::RenderPass pass;
-    pass.target = quarters == 4 ? target_ : smallTarget_;
+  void draw(gpu::Recording& to, int quarters) const {
     gpu::Draw draw;
     draw.pipeline = blit_;
-    draw.vertex.buffers[0] = inlineBytes(kernels::Scale{});
+    draw.vertex.buffers[0] = inlineBytes(to, kernels::Scale{});
     draw.fragment.textures[0] = preview_;
     draw.vertexCount = 3;
-    pass.draws.push_back(std::move(draw));
-    return pass;
+    to.passes.emplace_back(gpu::RenderPass{quarters == 4 ? target_ : smallTarget_, {}, to.draws.size(), 1});
+    to.draws.push_back(std::move(draw));
   }
 
-  std::vector<gpu::Pass> analysis() const {
-    return {falseColor(MetalProcessor::Mode::skin),
-            clear(chroma_),
-            clear(parade_),
-            accumulation(),
-            vectorscope(),
-            parade()};
+  void analyse(gpu::Recording& to) const {
+    falseColor(to, MetalProcessor::Mode::skin);
+    clearCounters(to);
+    accumulate(to);
+    vectorscope(to);
+    parade(to);
   }
 
-  void execute(const gpu::Pass& pass) const {
+  void execute(const gpu::Recording& recording) const {
     static gpu::Crew crew(gpu::allThreads());
-    gpu::execute(pass, crew);
+    gpu::execute(recording, crew);
   }
 
   std::size_t frameBytes() const {
@@ -123,11 +119,19 @@ class Scene {
     return texture(gpu::PixelFormat::bgra8Unorm, size, gpu::TextureUsage::renderTarget);
   }
 
-  gpu::Pass dispatch(const char* kernel, gpu::Bindings bindings, gpu::Extent grid) const {
-    return gpu::Dispatch{device_->makeComputePipeline(library_->function(kernel)),
-                         std::move(bindings),
-                         {groups(grid.width), groups(grid.height), 1},
-                         {kernels::threadgroupSide, kernels::threadgroupSide, 1}};
+  void dispatch(gpu::Recording& to, const char* kernel, gpu::Bindings bindings, gpu::Extent grid) const {
+    to.passes.emplace_back(gpu::Dispatch{device_->makeComputePipeline(library_->function(kernel)),
+                                         std::move(bindings),
+                                         {groups(grid.width), groups(grid.height), 1},
+                                         {kernels::threadgroupSide, kernels::threadgroupSide, 1}});
+  }
+
+  void scopeImage(gpu::Recording& to, const char* kernel, const std::shared_ptr<gpu::Buffer>& counters,
+                  float gain, const std::shared_ptr<gpu::Texture>& image) const {
+    gpu::Bindings bindings;
+    bindings.textures = {image};
+    bindings.buffers = {gpu::BufferSlice{counters}, inlineBytes(to, gain)};
+    dispatch(to, kernel, std::move(bindings), image->size());
   }
 
   gpu::Extent size_;
@@ -149,38 +153,37 @@ class Scene {
   std::shared_ptr<gpu::Texture> paradeImage_ = picture({kernels::paradeWidth, kernels::paradeHeight});
 };
 
-using Passes = std::vector<gpu::Pass>;
+using Record = void (*)(const Scene& scene, gpu::Recording& to);
 
-void measure(benchmark::State& state, benchmarks::Picture picture, gpu::Extent size,
-             Passes (*passesOf)(const Scene&)) {
+void measure(benchmark::State& state, benchmarks::Picture picture, gpu::Extent size, Record record) {
   const Scene scene(picture, size);
-  for (const gpu::Pass& pass : scene.analysis())
-    scene.execute(pass);
-  const Passes passes = passesOf(scene);
-  for (auto _ : state) {
-    for (const gpu::Pass& pass : passes)
-      scene.execute(pass);
-  }
+  gpu::Recording before, measured;
+  scene.analyse(before);
+  scene.execute(before);
+  record(scene, measured);
+  for (auto _ : state)
+    scene.execute(measured);
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(scene.frameBytes()));
 }
 
 struct Kernel {
   const char* name;
-  Passes (*passes)(const Scene&);
+  Record record;
 };
 
 constexpr Kernel measuredKernels[] = {
-    {"memcpy", [](const Scene& scene) { return Passes{scene.copyOfFrame()}; }},
+    {"memcpy", [](const Scene& scene, gpu::Recording& to) { scene.copyFrame(to); }},
     {"falseColorSkin",
-     [](const Scene& scene) { return Passes{scene.falseColor(MetalProcessor::Mode::skin)}; }},
+     [](const Scene& scene, gpu::Recording& to) { scene.falseColor(to, MetalProcessor::Mode::skin); }},
     {"falseColorExposure",
-     [](const Scene& scene) { return Passes{scene.falseColor(MetalProcessor::Mode::exposure)}; }},
-    {"accumulateScopes", [](const Scene& scene) { return Passes{scene.accumulation()}; }},
-    {"renderVectorscope", [](const Scene& scene) { return Passes{scene.vectorscope()}; }},
-    {"renderParade", [](const Scene& scene) { return Passes{scene.parade()}; }},
-    {"drawAtItsSize", [](const Scene& scene) { return Passes{scene.draw(4)}; }},
-    {"drawSmaller", [](const Scene& scene) { return Passes{scene.draw(3)}; }},
-    {"previewAndScopes", [](const Scene& scene) { return scene.analysis(); }},
+     [](const Scene& scene, gpu::Recording& to) { scene.falseColor(to, MetalProcessor::Mode::exposure); }},
+    {"clearCounters", [](const Scene& scene, gpu::Recording& to) { scene.clearCounters(to); }},
+    {"accumulateScopes", [](const Scene& scene, gpu::Recording& to) { scene.accumulate(to); }},
+    {"renderVectorscope", [](const Scene& scene, gpu::Recording& to) { scene.vectorscope(to); }},
+    {"renderParade", [](const Scene& scene, gpu::Recording& to) { scene.parade(to); }},
+    {"drawAtItsSize", [](const Scene& scene, gpu::Recording& to) { scene.draw(to, 4); }},
+    {"drawSmaller", [](const Scene& scene, gpu::Recording& to) { scene.draw(to, 3); }},
+    {"previewAndScopes", [](const Scene& scene, gpu::Recording& to) { scene.analyse(to); }},
 };
 
 void registerAll() {
@@ -191,7 +194,7 @@ void registerAll() {
                                  std::to_string(size.height) + "/" + benchmarks::nameOf(picture);
         benchmark::RegisterBenchmark(
             name.c_str(),
-            [=, passes = kernel.passes](benchmark::State& state) { measure(state, picture, size, passes); })
+            [=, record = kernel.record](benchmark::State& state) { measure(state, picture, size, record); })
             ->Unit(benchmark::kMicrosecond)
             ->MeasureProcessCPUTime()
             ->UseRealTime();

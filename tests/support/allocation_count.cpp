@@ -31,9 +31,13 @@ void count() {
   ++own->allocations;
 }
 
-void* allocate(std::size_t size) {
+void* allocateOrNone(std::size_t size) noexcept {
   count();
-  if (void* const memory = std::malloc(std::max<std::size_t>(size, 1))) return memory;
+  return std::malloc(std::max<std::size_t>(size, 1));
+}
+
+void* allocate(std::size_t size) {
+  if (void* const memory = allocateOrNone(size)) return memory;
   throw std::bad_alloc();
 }
 
@@ -50,6 +54,8 @@ void* operator new(std::size_t size) { return allocate(size); }
 void* operator new[](std::size_t size) { return allocate(size); }
 void* operator new(std::size_t size, std::align_val_t alignment) { return allocate(size, alignment); }
 void* operator new[](std::size_t size, std::align_val_t alignment) { return allocate(size, alignment); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNone(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocateOrNone(size); }
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <new>
 #include <utility>
+#include <vector>
 
 namespace velicor {
 
@@ -62,5 +63,45 @@ template <typename T, typename... Arguments>
 std::shared_ptr<T> makeRecycled(Arguments&&... arguments) {
   return std::allocate_shared<T>(Recycling<T>{}, std::forward<Arguments>(arguments)...);
 }
+
+// Objects that are used again as a whole, with the memory that they have come to hold. One that is let go of
+// is emptied by its clear() and serves the next who asks, on whatever threads that happens. They stay with
+// the process.
+template <typename T>
+class Stock {
+ public:
+  struct GiveBack {
+    void operator()(T* used) const {
+      std::unique_ptr<T> kept(used);
+      kept->clear();
+      const std::scoped_lock guard(shelf().mutex);
+      shelf().idle.push_back(std::move(kept));
+    }
+  };
+  using Loan = std::unique_ptr<T, GiveBack>;
+
+  static Loan take() {
+    {
+      const std::scoped_lock guard(shelf().mutex);
+      if (auto& idle = shelf().idle; !idle.empty()) {
+        Loan loan(idle.back().release());
+        idle.pop_back();
+        return loan;
+      }
+    }
+    return Loan(new T);
+  }
+
+ private:
+  struct Shelf {
+    std::mutex mutex;
+    std::vector<std::unique_ptr<T>> idle;
+  };
+
+  static Shelf& shelf() {
+    static auto* const instance = new Shelf;  // loans may go until the process is gone
+    return *instance;
+  }
+};
 
 }  // namespace velicor

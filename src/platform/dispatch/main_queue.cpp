@@ -6,12 +6,29 @@
 #include <QEvent>
 #include <QObject>
 
+#include "platform/base/recycling.h"
+
 namespace velicor::dispatch {
+
+namespace {
+
+// The toolkit deletes events when they have been delivered; this one comes with every frame, and so in
+// recycled memory.
+class RingEvent : public QEvent {
+ public:
+  RingEvent() : QEvent(QEvent::User) {}
+  static void* operator new(std::size_t) { return Recycling<RingEvent>().allocate(1); }
+  static void operator delete(void* memory) {
+    Recycling<RingEvent>().deallocate(static_cast<RingEvent*>(memory), 1);
+  }
+};
+
+}  // namespace
 
 // Turns "there is work" into one event of the toolkit's loop.
 class MainQueue::EventLoopBell : public QObject {
  public:
-  void ring() { QCoreApplication::postEvent(this, new QEvent(QEvent::User)); }
+  void ring() { QCoreApplication::postEvent(this, new RingEvent); }
 
  protected:
   bool event(QEvent* event) override {
@@ -36,7 +53,7 @@ MainQueue& MainQueue::shared() {
 
 void MainQueue::async(Job job) {
   const std::scoped_lock guard(mutex_);
-  jobs_.push_back(std::move(job));
+  jobs_.push(std::move(job));
   wake();
 }
 
@@ -51,7 +68,7 @@ void MainQueue::attach() {
   thread_ = std::this_thread::get_id();
   bell_ = std::make_unique<EventLoopBell>();
   ringing_ = false;
-  if (!jobs_.empty()) wake();
+  if (!jobs_.isEmpty()) wake();
 }
 
 void MainQueue::detach() {
@@ -63,18 +80,17 @@ void MainQueue::detach() {
 std::size_t MainQueue::runPending() {
   std::size_t ran = 0;
   std::unique_lock guard(mutex_);
-  for (std::size_t present = jobs_.size(); present > 0 && !jobs_.empty(); --present, ++ran) {
-    Job job = std::move(jobs_.front());
-    jobs_.pop_front();
+  for (std::size_t present = jobs_.size(); present > 0 && !jobs_.isEmpty(); --present, ++ran) {
+    Job job = jobs_.pop();
     // The job may run an event loop of its own, a menu's for example: that serves the jobs after this one.
     ringing_ = false;
-    if (!jobs_.empty()) wake();
+    if (!jobs_.isEmpty()) wake();
     guard.unlock();
     job();
     job = nullptr;  // what it captured goes before the next one runs
     guard.lock();
   }
-  if (jobs_.empty()) ringing_ = false;
+  if (jobs_.isEmpty()) ringing_ = false;
   return ran;
 }
 

@@ -1,15 +1,17 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
 
+#include "platform/base/callable.h"
+#include "platform/base/ring.h"
+
 namespace velicor::dispatch {
 
-using Job = std::function<void()>;
+// One that holds a reference or two is queued without taking memory.
+using Job = Callable<void(), 32>;
 
 // The main thread's queue. Jobs run one at a time on the main thread, in the order they came, on a later turn
 // of the event loop than the one that queued them.
@@ -43,7 +45,7 @@ class MainQueue {
 
   class EventLoopBell;
   mutable std::mutex mutex_;
-  std::deque<Job> jobs_;
+  Ring<Job> jobs_;
   bool ringing_ = false;
   std::thread::id thread_ = std::this_thread::get_id();
   std::unique_ptr<EventLoopBell> bell_;

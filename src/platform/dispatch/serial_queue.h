@@ -5,8 +5,8 @@
 #include <string>
 #include <thread>
 
+#include "platform/base/ring.h"
 #include "platform/dispatch/main_queue.h"
-#include "platform/dispatch/ring.h"
 
 namespace velicor::dispatch {
 

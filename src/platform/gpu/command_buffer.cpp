@@ -8,18 +8,7 @@
 
 namespace velicor::gpu {
 
-namespace {
-
-// Enough for an analysis with its handlers.
-constexpr std::size_t usualPasses = 8;
-constexpr std::size_t usualHandlers = 4;
-
-}  // namespace
-
-CommandBuffer::CommandBuffer(std::shared_ptr<Device> device) : device_(std::move(device)) {
-  passes_.reserve(usualPasses);
-  handlers_.reserve(usualHandlers);
-}
+CommandBuffer::CommandBuffer(std::shared_ptr<Device> device) : device_(std::move(device)) {}
 
 std::shared_ptr<BlitEncoder> CommandBuffer::makeBlitEncoder() {
   requireRecording();
@@ -44,12 +33,12 @@ std::shared_ptr<RenderEncoder> CommandBuffer::makeRenderEncoder(RenderTarget tar
 void CommandBuffer::present(std::shared_ptr<Drawable> drawable) {
   requireRecording();
   require(drawable && drawable->texture()->device() == device_, "a drawable of no or another device");
-  presented_.push_back(std::move(drawable));
+  recording_->presented.push_back(std::move(drawable));
 }
 
 void CommandBuffer::addCompletedHandler(CompletedHandler handler) {
   requireRecording();
-  handlers_.push_back(std::move(handler));
+  recording_->handlers.push_back(std::move(handler));
 }
 
 void CommandBuffer::commit() {
@@ -58,25 +47,21 @@ void CommandBuffer::commit() {
     const std::scoped_lock guard(mutex_);
     status_ = Status::committed;
   }
-  Submission submission;
-  submission.passes = std::exchange(passes_, {});
-  for (const auto& drawable : presented_)
-    submission.presented.push_back(drawable->target());
-  submission.finished = [self = shared_from_this()](bool succeeded) { self->finish(succeeded); };
-  device_->onSubmit(std::move(submission));
+  device_->onSubmit({std::move(recording_), shared_from_this()});
 }
 
-void CommandBuffer::finish(bool succeeded) {
+void CommandBuffer::finish(Recording& recording, bool succeeded) {
   {
     const std::scoped_lock guard(mutex_);
     status_ = succeeded ? Status::completed : Status::failed;
   }
-  for (const auto& drawable : std::exchange(presented_, {})) {
+  for (const auto& drawable : recording.presented) {
     if (succeeded) drawable->publish();
   }
-  for (CompletedHandler& handler : handlers_)
+  recording.presented.clear();
+  for (const CompletedHandler& handler : recording.handlers)
     handler(*this);
-  handlers_.clear();
+  recording.handlers.clear();
   const std::scoped_lock guard(mutex_);
   handlersDone_ = true;
   changed_.notify_all();

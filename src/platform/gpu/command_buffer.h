@@ -1,10 +1,8 @@
 #pragma once
 
 #include <condition_variable>
-#include <functional>
 #include <memory>
 #include <mutex>
-#include <vector>
 
 #include "platform/gpu/drawables.h"
 #include "platform/gpu/encoders.h"
@@ -22,8 +20,6 @@ class CommandBuffer : public std::enable_shared_from_this<CommandBuffer> {
  public:
   // failed: the device was lost on the way; what the work would have written is undefined.
   enum class Status { recording, committed, completed, failed };
-
-  using CompletedHandler = std::function<void(const CommandBuffer&)>;
 
   explicit CommandBuffer(std::shared_ptr<Device> device);
   CommandBuffer(const CommandBuffer&) = delete;
@@ -52,15 +48,14 @@ class CommandBuffer : public std::enable_shared_from_this<CommandBuffer> {
 
  private:
   friend class Encoder;
+  friend struct Submission;
   void openEncoder();
   void closeEncoder();
   void requireRecording() const;
-  void finish(bool succeeded);
+  void finish(Recording& recording, bool succeeded);
 
   std::shared_ptr<Device> device_;
-  std::vector<Pass> passes_;
-  std::vector<std::shared_ptr<Drawable>> presented_;
-  std::vector<CompletedHandler> handlers_;
+  Stock<Recording>::Loan recording_ = Stock<Recording>::take();  // none once committed
   bool encoderOpen_ = false;
 
   mutable std::mutex mutex_;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/base/recycling.h"
 #include "platform/gpu/device.h"
 
 namespace velicor::gpu {
@@ -68,10 +69,10 @@ std::shared_ptr<Drawable> Drawables::next(int width, int height) {
       }
       if (!target) return nullptr;
       taken = true;
-      lease = std::make_shared<Picture::Lease>(pool_, i);
+      lease = makeRecycled<Picture::Lease>(pool_, i);
     }
   }
-  return lease ? std::make_shared<Drawable>(shared_from_this(), std::move(lease)) : nullptr;
+  return lease ? makeRecycled<Drawable>(shared_from_this(), std::move(lease)) : nullptr;
 }
 
 std::shared_ptr<const Picture> Drawables::front() const {
@@ -80,7 +81,7 @@ std::shared_ptr<const Picture> Drawables::front() const {
 }
 
 void Drawables::publish(const std::shared_ptr<Picture::Lease>& lease) {
-  std::shared_ptr<const Picture> last = std::make_shared<Picture>(lease);
+  std::shared_ptr<const Picture> last = makeRecycled<Picture>(lease);
   const std::scoped_lock guard(mutex_);
   front_.swap(last);
 }

@@ -55,10 +55,10 @@ class Drawable {
  public:
   Drawable(std::shared_ptr<Drawables> owner, std::shared_ptr<Picture::Lease> lease);
   const std::shared_ptr<Texture>& texture() const;
+  const std::shared_ptr<DrawableTarget>& target() const;
 
  private:
   friend class CommandBuffer;
-  const std::shared_ptr<DrawableTarget>& target() const;
   void publish();  // a device thread
 
   std::shared_ptr<Drawables> owner_;

@@ -20,11 +20,6 @@ bool holds(const Buffer& buffer, std::size_t offset, std::size_t length) {
   return offset <= buffer.length() && length <= buffer.length() - offset;
 }
 
-InlineBytes checkedBytes(std::span<const std::byte> bytes) {
-  require(!bytes.empty() && bytes.size() <= maxInlineBytes, "inline bytes of no or too large a size");
-  return {bytes.begin(), bytes.end()};
-}
-
 bool isPlane(const GridSize& grid) { return grid.width > 0 && grid.height > 0 && grid.depth == 1; }
 
 }  // namespace
@@ -51,9 +46,16 @@ const std::shared_ptr<Device>& Encoder::device() const {
 
 void Encoder::requireOpen() const { require(commandBuffer_ != nullptr, "an encoder is used after its end"); }
 
-void Encoder::record(Pass pass) {
+Recording& Encoder::recording() const {
   requireOpen();
-  commandBuffer_->passes_.push_back(std::move(pass));
+  return *commandBuffer_->recording_;
+}
+
+void Encoder::record(Pass pass) { recording().passes.push_back(std::move(pass)); }
+
+InlineBytes Encoder::keep(std::span<const std::byte> bytes) const {
+  require(!bytes.empty() && bytes.size() <= maxInlineBytes, "inline bytes of no or too large a size");
+  return recording().keep(bytes);
 }
 
 void BlitEncoder::copy(TextureCopy copy) {
@@ -104,8 +106,7 @@ void ComputeEncoder::setBuffer(std::shared_ptr<Buffer> buffer, std::size_t offse
 }
 
 void ComputeEncoder::setBytes(std::span<const std::byte> bytes, int index) {
-  requireOpen();
-  bindings_.buffers[checkedIndex(index, maxBufferBindings)] = checkedBytes(bytes);
+  bindings_.buffers[checkedIndex(index, maxBufferBindings)] = keep(bytes);
 }
 
 void ComputeEncoder::dispatchThreadgroups(GridSize threadgroups, GridSize threadsPerThreadgroup) {
@@ -115,7 +116,8 @@ void ComputeEncoder::dispatchThreadgroups(GridSize threadgroups, GridSize thread
 }
 
 RenderEncoder::RenderEncoder(std::shared_ptr<CommandBuffer> commandBuffer, RenderTarget target)
-    : Encoder(std::move(commandBuffer)), pass_{std::move(target.texture), target.clearColor, {}} {}
+    : Encoder(std::move(commandBuffer)),
+      pass_{std::move(target.texture), target.clearColor, recording().draws.size(), 0} {}
 
 RenderEncoder::~RenderEncoder() { RenderEncoder::onEnd(); }
 
@@ -126,8 +128,7 @@ void RenderEncoder::setPipeline(std::shared_ptr<RenderPipeline> pipeline) {
 }
 
 void RenderEncoder::setVertexBytes(std::span<const std::byte> bytes, int index) {
-  requireOpen();
-  vertex_.buffers[checkedIndex(index, maxBufferBindings)] = checkedBytes(bytes);
+  vertex_.buffers[checkedIndex(index, maxBufferBindings)] = keep(bytes);
 }
 
 void RenderEncoder::setFragmentTexture(std::shared_ptr<Texture> texture, int index) {
@@ -138,10 +139,10 @@ void RenderEncoder::setFragmentTexture(std::shared_ptr<Texture> texture, int ind
 }
 
 void RenderEncoder::drawTriangles(int vertexStart, int vertexCount) {
-  requireOpen();
   require(pipeline_ != nullptr, "a draw without a pipeline");
   require(vertexStart >= 0 && vertexCount > 0 && vertexCount % 3 == 0, "a draw of no whole triangles");
-  pass_.draws.push_back({pipeline_, vertex_, fragment_, vertexStart, vertexCount});
+  recording().draws.push_back({pipeline_, vertex_, fragment_, vertexStart, vertexCount});
+  ++pass_.drawCount;
 }
 
 void RenderEncoder::onEnd() {

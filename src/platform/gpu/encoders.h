@@ -28,6 +28,8 @@ class Encoder {
   const std::shared_ptr<Device>& device() const;
   void requireOpen() const;
   void record(Pass pass);
+  Recording& recording() const;  // while open
+  InlineBytes keep(std::span<const std::byte> bytes) const;
   virtual void onEnd() {}
 
  private:

@@ -3,11 +3,13 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
+#include <span>
 #include <variant>
 #include <vector>
 
+#include "platform/base/callable.h"
+#include "platform/base/recycling.h"
 #include "platform/gpu/library.h"
 #include "platform/gpu/resources.h"
 #include "platform/gpu/types.h"
@@ -16,7 +18,8 @@
 // Everything named is held until the device has let go of the list.
 namespace velicor::gpu {
 
-class DrawableTarget;
+class CommandBuffer;
+class Drawable;
 
 // Copies a region between two textures of one format.
 struct TextureCopy {
@@ -47,7 +50,11 @@ struct BufferSlice {
   std::size_t offset = 0;
 };
 
-using InlineBytes = std::vector<std::byte>;
+// Bytes that the recording keeps.
+struct InlineBytes {
+  std::size_t offset = 0;
+  std::size_t length = 0;
+};
 
 struct Bindings {
   std::array<std::shared_ptr<Texture>, maxTextureBindings> textures;
@@ -70,24 +77,50 @@ struct Draw {
   int vertexCount = 0;
 };
 
-// Clears the target, then draws.
+// Clears the target, then draws what the recording has of it.
 struct RenderPass {
   std::shared_ptr<Texture> target;
   ClearColor clearColor;
-  std::vector<Draw> draws;
+  std::size_t firstDraw = 0;
+  std::size_t drawCount = 0;
 };
 
 using Pass = std::variant<TextureCopy, BufferFill, BufferCopy, Dispatch, RenderPass>;
 
+using CompletedHandler = Callable<void(const CommandBuffer&), 80>;
+
+// All that a command buffer was told. Recordings are used again with the memory that their lists have.
+struct Recording {
+  Recording();
+
+  std::vector<Pass> passes;
+  std::vector<Draw> draws;
+
+  // Drawables whose finished picture is wanted: the rows of their targets must be readable when the
+  // submission finishes.
+  std::vector<std::shared_ptr<Drawable>> presented;
+
+  std::vector<CompletedHandler> handlers;
+
+  InlineBytes keep(std::span<const std::byte> bytes);
+  std::span<const std::byte> bytesOf(const InlineBytes& kept) const;
+  std::span<const Draw> drawsOf(const RenderPass& pass) const;
+
+  // Lets go of the resources.
+  void clearPasses();
+  void clear();
+
+ private:
+  std::vector<std::byte> bytes_;
+};
+
 // One committed command buffer on its way through a device.
 struct Submission {
-  std::vector<Pass> passes;
+  // To be called once, on a device thread, in commit order: whether everything was executed.
+  void finish(bool succeeded) const;
 
-  // Targets whose finished picture is wanted: their rows must be readable when `finished` is called.
-  std::vector<std::shared_ptr<DrawableTarget>> presented;
-
-  // Called once, on a device thread, in commit order: whether everything was executed.
-  std::function<void(bool succeeded)> finished;
+  Stock<Recording>::Loan recording;
+  std::shared_ptr<CommandBuffer> commandBuffer;
 };
 
 }  // namespace velicor::gpu

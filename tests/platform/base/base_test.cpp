@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <memory>
+
+#include "platform/base/callable.h"
 #include "platform/base/geometry.h"
 #include "platform/base/pixel_buffer.h"
 
@@ -45,6 +49,23 @@ TEST(PixelBufferTest, ForeignMemoryIsReleasedOnceAndRowsFollowTheStride) {
   }
   EXPECT_EQ(released, 1);
   EXPECT_THROW(PixelBuffer(3, 2, 11, memory, {}), std::invalid_argument);
+}
+
+TEST(CallableTest, FunctionsOfAnySizeMoveAndGoOnce) {
+  auto held = std::make_shared<int>(7);
+  const auto check = [&](auto function) {
+    EXPECT_EQ(held.use_count(), 2);
+    Callable<int(int), 32> first = std::move(function), second;
+    EXPECT_FALSE(second);
+    second = std::move(first);
+    EXPECT_FALSE(first);
+    EXPECT_EQ(second(5), 12);
+    EXPECT_EQ(held.use_count(), 2);
+    second = nullptr;
+    EXPECT_EQ(held.use_count(), 1);
+  };
+  check([held](int more) { return *held + more; });
+  check([held, large = std::array<int, 20>{}](int more) mutable { return *held + more + large[19]++; });
 }
 
 }  // namespace

@@ -26,23 +26,25 @@ std::span<std::byte> bytesOf(const Buffer& buffer) {
   return static_cast<const NativeBuffer&>(buffer).bytes();
 }
 
-std::span<std::byte> bytesOf(const decltype(Bindings::buffers)::value_type& binding) {
+std::span<std::byte> bytesOf(const decltype(Bindings::buffers)::value_type& binding,
+                             const Recording& recording) {
   if (const auto* slice = std::get_if<BufferSlice>(&binding))
     return bytesOf(*slice->buffer).subspan(slice->offset);
   if (const auto* bytes = std::get_if<InlineBytes>(&binding)) {
-    // Functions take every buffer as writable; inline bytes are theirs alone and never looked at again.
-    return {const_cast<std::byte*>(bytes->data()), bytes->size()};
+    // Functions take every buffer as writable; inline bytes are never written.
+    const std::span<const std::byte> kept = recording.bytesOf(*bytes);
+    return {const_cast<std::byte*>(kept.data()), kept.size()};
   }
   return {};
 }
 
-NativeArguments argumentsFrom(const Bindings& bindings) {
+NativeArguments argumentsFrom(const Bindings& bindings, const Recording& recording) {
   NativeArguments arguments;
   for (std::size_t i = 0; i < bindings.textures.size(); ++i) {
     if (bindings.textures[i]) arguments.textures[i] = imageOf(*bindings.textures[i]);
   }
   for (std::size_t i = 0; i < bindings.buffers.size(); ++i)
-    arguments.buffers[i] = bytesOf(bindings.buffers[i]);
+    arguments.buffers[i] = bytesOf(bindings.buffers[i], recording);
   return arguments;
 }
 
@@ -66,10 +68,10 @@ void clear(const NativeImage& image, const ClearColor& color, int firstRow, int 
     std::memcpy(image.row(y), image.row(firstRow), rowLength);
 }
 
-void draw(const Draw& draw, const NativeImage& target, int firstRow, int endRow) {
+void draw(const Draw& draw, const Recording& recording, const NativeImage& target, int firstRow, int endRow) {
   const auto& pipeline = static_cast<const NativeRenderPipeline&>(*draw.pipeline);
-  const NativeArguments vertex = argumentsFrom(draw.vertex);
-  const NativeArguments fragment = argumentsFrom(draw.fragment);
+  const NativeArguments vertex = argumentsFrom(draw.vertex, recording);
+  const NativeArguments fragment = argumentsFrom(draw.fragment, recording);
   for (int i = draw.vertexStart; i < draw.vertexStart + draw.vertexCount; i += 3) {
     const Triangle triangle{pipeline.vertex(vertex, i), pipeline.vertex(vertex, i + 1),
                             pipeline.vertex(vertex, i + 2)};
@@ -78,7 +80,7 @@ void draw(const Draw& draw, const NativeImage& target, int firstRow, int endRow)
   }
 }
 
-void run(const TextureCopy& copy, Crew& crew) {
+void run(const TextureCopy& copy, const Recording&, Crew& crew) {
   const NativeImage& source = imageOf(*copy.source);
   const NativeImage& destination = imageOf(*copy.destination);
   crew.forRows(copy.size.height, copy.size.width, [&](int firstRow, int endRow) {
@@ -89,18 +91,18 @@ void run(const TextureCopy& copy, Crew& crew) {
   });
 }
 
-void run(const BufferFill& fill, Crew&) {
+void run(const BufferFill& fill, const Recording&, Crew&) {
   std::memset(bytesOf(*fill.buffer).data() + fill.offset, fill.value, fill.length);
 }
 
-void run(const BufferCopy& copy, Crew&) {
+void run(const BufferCopy& copy, const Recording&, Crew&) {
   std::memcpy(bytesOf(*copy.destination).data() + copy.destinationOffset,
               bytesOf(*copy.source).data() + copy.sourceOffset, copy.length);
 }
 
-void run(const Dispatch& dispatch, Crew& crew) {
+void run(const Dispatch& dispatch, const Recording& recording, Crew& crew) {
   const auto& pipeline = static_cast<const NativeComputePipeline&>(*dispatch.pipeline);
-  const NativeArguments arguments = argumentsFrom(dispatch.bindings);
+  const NativeArguments arguments = argumentsFrom(dispatch.bindings, recording);
   const int width = dispatch.threadgroups.width * dispatch.threadsPerThreadgroup.width;
   const int height = dispatch.threadgroups.height * dispatch.threadsPerThreadgroup.height;
   if (!pipeline.rowsAreIndependent) return pipeline.function(arguments, {width, 0, height});
@@ -109,22 +111,23 @@ void run(const Dispatch& dispatch, Crew& crew) {
   });
 }
 
-void run(const RenderPass& pass, Crew& crew) {
+void run(const RenderPass& pass, const Recording& recording, Crew& crew) {
   const NativeImage& target = imageOf(*pass.target);
   crew.forRows(target.height, target.width, [&](int firstRow, int endRow) {
     for (int first = firstRow; first < endRow; first += cachedRows) {
       const int end = std::min(first + cachedRows, endRow);
       clear(target, pass.clearColor, first, end);
-      for (const Draw& each : pass.draws)
-        draw(each, target, first, end);
+      for (const Draw& each : recording.drawsOf(pass))
+        draw(each, recording, target, first, end);
     }
   });
 }
 
 }  // namespace
 
-void execute(const Pass& pass, Crew& crew) {
-  std::visit([&](const auto& work) { run(work, crew); }, pass);
+void execute(const Recording& recording, Crew& crew) {
+  for (const Pass& pass : recording.passes)
+    std::visit([&](const auto& work) { run(work, recording, crew); }, pass);
 }
 
 }  // namespace velicor::gpu

@@ -5,8 +5,8 @@
 
 namespace velicor::gpu {
 
-// Does one recorded pass on the calling thread, with the crew's help where it is large. All resources are the
+// Does what was recorded on the calling thread, with the crew's help where it is large. All resources are the
 // native device's.
-void execute(const Pass& pass, Crew& crew);
+void execute(const Recording& recording, Crew& crew);
 
 }  // namespace velicor::gpu

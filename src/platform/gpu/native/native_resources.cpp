@@ -3,6 +3,8 @@
 #include <cstring>
 #include <utility>
 
+#include "platform/base/recycling.h"
+
 namespace velicor::gpu {
 
 namespace {
@@ -67,7 +69,7 @@ std::shared_ptr<NativeTexture> makeNativeTexture(std::shared_ptr<Device> device,
 std::shared_ptr<Texture> NativeTextureCache::onTexture(const PixelBufferRef& buffer, int width, int height) {
   const TextureDescriptor descriptor{PixelFormat::bgra8Unorm, width, height, TextureUsage::shaderRead,
                                      StorageMode::deviceOnly};
-  return std::make_shared<NativeTexture>(device_, descriptor, buffer);
+  return makeRecycled<NativeTexture>(device_, descriptor, buffer);
 }
 
 NativeDrawableTarget::NativeDrawableTarget(std::shared_ptr<NativeTexture> texture)

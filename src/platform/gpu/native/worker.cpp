@@ -1,12 +1,12 @@
 #include "platform/gpu/native/worker.h"
 
 #include <condition_variable>
-#include <deque>
 #include <mutex>
 #include <utility>
 
 #include <pthread.h>
 
+#include "platform/base/ring.h"
 #include "platform/gpu/native/execute.h"
 
 namespace velicor::gpu {
@@ -14,7 +14,7 @@ namespace velicor::gpu {
 struct Worker::State {
   std::mutex mutex;
   std::condition_variable changed;
-  std::deque<Submission> submissions;
+  Ring<Submission> submissions;
   bool ending = false;
 };
 
@@ -38,7 +38,7 @@ Worker::~Worker() {
 void Worker::submit(Submission submission) {
   {
     const std::scoped_lock guard(state_->mutex);
-    state_->submissions.push_back(std::move(submission));
+    state_->submissions.push(std::move(submission));
   }
   state_->changed.notify_one();
 }
@@ -48,15 +48,12 @@ void Worker::run(const std::shared_ptr<State>& state) {
   Crew crew(allThreads());
   std::unique_lock guard(state->mutex);
   while (true) {
-    state->changed.wait(guard, [&] { return state->ending || !state->submissions.empty(); });
-    if (state->submissions.empty()) return;
-    Submission submission = std::move(state->submissions.front());
-    state->submissions.pop_front();
+    state->changed.wait(guard, [&] { return state->ending || !state->submissions.isEmpty(); });
+    if (state->submissions.isEmpty()) return;
+    Submission submission = state->submissions.pop();
     guard.unlock();
-    for (const Pass& pass : submission.passes)
-      execute(pass, crew);
-    submission.passes.clear();
-    submission.finished(true);
+    execute(*submission.recording, crew);
+    submission.finish(true);
     // What the submission holds goes now, outside the lock: it may be the last to hold the device.
     submission = {};
     guard.lock();

@@ -45,7 +45,7 @@ std::unique_ptr<Flight> Engine::launch(const Submission& submission) {
   if (!context) return nullptr;
   try {
     auto flight = takeFlight(context);
-    recorder_.record(submission, *flight);
+    recorder_.record(*submission.recording, *flight);
     flight->submit();
     recorder_.keep();
     complained_ = false;

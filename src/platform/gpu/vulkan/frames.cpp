@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "platform/base/recycling.h"
 #include "platform/gpu/native/native_resources.h"
 
 namespace velicor::gpu::vulkan {
@@ -96,10 +97,10 @@ std::shared_ptr<Texture> VulkanTextureCache::onTexture(const PixelBufferRef& buf
   const TextureDescriptor descriptor{PixelFormat::bgra8Unorm, width, height, TextureUsage::shaderRead,
                                      StorageMode::deviceOnly};
   if (auto import = importOf(context, *buffer))
-    return std::make_shared<VulkanFrame>(device_, descriptor, buffer, std::move(import));
+    return makeRecycled<VulkanFrame>(device_, descriptor, buffer, std::move(import));
   try {
     auto staging = pool_->take(context, rowLength(width) * static_cast<std::size_t>(height));
-    return std::make_shared<VulkanFrame>(device_, descriptor, buffer, std::move(staging), pool_);
+    return makeRecycled<VulkanFrame>(device_, descriptor, buffer, std::move(staging), pool_);
   } catch (const vk::SystemError&) {
     return nullptr;
   }

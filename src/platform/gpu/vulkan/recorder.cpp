@@ -61,16 +61,17 @@ vk::Viewport upright(const vk::Extent2D& size) {
 
 }  // namespace
 
-void Recorder::record(const Submission& submission, Flight& flight) {
+void Recorder::record(const Recording& recording, Flight& flight) {
+  recording_ = &recording;
   flight_ = &flight;
   context_ = flight.context();
   writtenWithRows_.clear();
   flight.restart();
-  for (const Pass& pass : submission.passes) {
+  for (const Pass& pass : recording.passes) {
     std::visit([this](const auto& work) { run(work); }, pass);
     flight.endPass(nameOf(pass));
   }
-  readBack(submission);
+  readBack();
 }
 
 void Recorder::rollBack() {
@@ -158,7 +159,7 @@ void Recorder::run(const Dispatch& dispatch) {
 
 void Recorder::run(const RenderPass& pass) {
   draws_.clear();
-  for (const Draw& draw : pass.draws) {
+  for (const Draw& draw : recording_->drawsOf(pass)) {
     VulkanRenderPipeline& pipeline = ours(*draw.pipeline);
     const vk::Pipeline ready = pipeline.pipeline(context_);
     bind(pipeline.vertexFacts(), draw.vertex, VK_PIPELINE_STAGE_VERTEX_SHADER_BIT);
@@ -190,9 +191,9 @@ void Recorder::drawAll(const RenderPass& pass, const ImageBacking& target) {
   to.endRenderPass();
 }
 
-void Recorder::readBack(const Submission& submission) {
-  for (const auto& presented : submission.presented)
-    download(static_cast<VulkanDrawableTarget&>(*presented).target());
+void Recorder::readBack() {
+  for (const auto& presented : recording_->presented)
+    download(static_cast<VulkanDrawableTarget&>(*presented->target()).target());
   for (VulkanTexture* texture : writtenWithRows_)
     download(*texture);
   using Memory = vk::AccessFlagBits;

@@ -18,7 +18,7 @@ class Recorder {
  public:
   // Throws where something that is needed can't be had. Either keep() or rollBack() comes next: what they
   // decide about holds nothing of the submission.
-  void record(const Submission& submission, Flight& flight);
+  void record(const Recording& recording, Flight& flight);
 
   // What was recorded last is on its way.
   void keep();
@@ -42,7 +42,7 @@ class Recorder {
   void fillWords(const BufferBacking& buffer, const BufferFill& fill);
   void copyFromRows(VulkanTexture& source, const TextureCopy& copy, const ImageBacking& destination);
   void drawAll(const RenderPass& pass, const ImageBacking& target);  // draws_
-  void readBack(const Submission& submission);
+  void readBack();
 
   // Arguments of functions. bind() only lists them; descriptorSet() takes the list.
   void bind(const ShaderFacts& facts, const Bindings& bindings, VkPipelineStageFlags stage);
@@ -67,6 +67,7 @@ class Recorder {
   // The command buffer, behind the barriers that were asked for since the last command.
   const vk::raii::CommandBuffer& commands();
 
+  const Recording* recording_ = nullptr;
   Flight* flight_ = nullptr;
   ContextRef context_;
   std::vector<VulkanTexture*> writtenWithRows_;

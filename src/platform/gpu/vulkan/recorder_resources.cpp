@@ -55,7 +55,7 @@ void Recorder::bindBuffer(std::uint32_t binding, const decltype(Bindings::buffer
   } else {
     const auto* bytes = std::get_if<InlineBytes>(&buffer);
     require(bytes != nullptr, "a kernel reads a buffer that is too short or not bound");
-    boundBuffers_[binding] = flight_->put(*bytes);
+    boundBuffers_[binding] = flight_->put(recording_->bytesOf(*bytes));
   }
   bound_.push_back({{}, binding, 0, 1, vk::DescriptorType::eStorageBuffer, nullptr, &boundBuffers_[binding]});
 }

@@ -4,12 +4,12 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
-#include <deque>
 #include <utility>
 #include <vector>
 
 #include <pthread.h>
 
+#include "platform/base/ring.h"
 #include "platform/log/log.h"
 
 namespace velicor::gpu::vulkan {
@@ -58,8 +58,8 @@ struct Timeline::State {
   const std::unique_ptr<Engine> engine;
   std::mutex mutex;
   std::condition_variable changed;
-  std::deque<Submission> submissions;
-  std::deque<UnderWay> underWay;
+  Ring<Submission> submissions;
+  Ring<UnderWay> underWay;
   bool landing = false;
   bool ending = false;
   bool rebuildWanted = false;
@@ -106,7 +106,7 @@ Timeline::~Timeline() {
 void Timeline::submit(Submission submission) {
   {
     const std::scoped_lock guard(state_->mutex);
-    state_->submissions.push_back(std::move(submission));
+    state_->submissions.push(std::move(submission));
   }
   state_->changed.notify_all();
 }
@@ -126,26 +126,25 @@ void Timeline::launchAll(const std::shared_ptr<State>& state) {
   while (true) {
     state->changed.wait(guard, [&] {
       return state->ending || state->rebuildWanted ||
-             (!state->submissions.empty() && state->underWay.size() < maxUnderWay);
+             (!state->submissions.isEmpty() && state->underWay.size() < maxUnderWay);
     });
     if (state->rebuildWanted) {
       rebuild(*state, guard);
       continue;
     }
-    if (state->submissions.empty()) return;
-    UnderWay next{std::move(state->submissions.front()), nullptr};
-    state->submissions.pop_front();
+    if (state->submissions.isEmpty()) return;
+    UnderWay next{state->submissions.pop(), nullptr};
     guard.unlock();
     next.flight = state->engine->launch(next.submission);
     guard.lock();
-    state->underWay.push_back(std::move(next));
+    state->underWay.push(std::move(next));
     state->askForRebuild();
     state->changed.notify_all();
   }
 }
 
 void Timeline::rebuild(State& state, std::unique_lock<std::mutex>& guard) {
-  state.changed.wait(guard, [&] { return state.ending || (state.underWay.empty() && !state.landing); });
+  state.changed.wait(guard, [&] { return state.ending || (state.underWay.isEmpty() && !state.landing); });
   bool isThere = false;
   if (!state.ending) {
     guard.unlock();
@@ -169,15 +168,13 @@ void Timeline::landAll(const std::shared_ptr<State>& state) {
   pthread_setname_np(pthread_self(), "velicor.device");
   std::unique_lock guard(state->mutex);
   while (true) {
-    state->changed.wait(guard, [&] { return state->ending || !state->underWay.empty(); });
-    if (state->underWay.empty()) return;
-    UnderWay next = std::move(state->underWay.front());
-    state->underWay.pop_front();
+    state->changed.wait(guard, [&] { return state->ending || !state->underWay.isEmpty(); });
+    if (state->underWay.isEmpty()) return;
+    UnderWay next = state->underWay.pop();
     state->landing = true;
     guard.unlock();
     const bool succeeded = next.flight && state->engine->land(std::move(next.flight));
-    next.submission.passes.clear();
-    next.submission.finished(succeeded);
+    next.submission.finish(succeeded);
     // What the submission holds goes now, outside the lock: it may be the last to hold the device.
     next = {};
     guard.lock();

@@ -3,6 +3,7 @@
 #include <memory>
 #include <mutex>
 
+#include "platform/base/ring.h"
 #include "platform/dispatch/completion.h"
 #include "platform/screencapture/screen_capture.h"
 
@@ -38,8 +39,8 @@ class Delivery : public std::enable_shared_from_this<Delivery> {
   std::weak_ptr<StreamOutput> output_;
   dispatch::SerialQueue* queue_ = nullptr;
   bool closed_ = false;
-  dispatch::Ring<SampleBuffer> waiting_;  // as many as jobs on the queue
-  std::shared_ptr<Delivery> self_;        // while there are any
+  Ring<SampleBuffer> waiting_;      // as many as jobs on the queue
+  std::shared_ptr<Delivery> self_;  // while there are any
 };
 
 }  // namespace velicor::screencapture

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-namespace velicor::dispatch {
+namespace velicor {
 
-// First in, first out, in memory that is kept: once it has had its largest number of elements it takes none any
-// more. Used by one thread at a time.
+// First in, first out, in memory that is kept: once it has had its largest number of elements it takes none
+// any more. Used by one thread at a time.
 template <typename T>
 class Ring {
  public:
@@ -47,4 +47,4 @@ class Ring {
   std::size_t count_ = 0;
 };
 
-}  // namespace velicor::dispatch
+}  // namespace velicor
