@@ -208,7 +208,7 @@ void happen(Input& input, WindowStack& stack) {
     case 5:
       return stack.circulated();
     case 6:
-      return stack.enteredRoot();
+      return stack.enteredRoot(id);
     case 7:
       return stack.leftRoot(id);
     case 8:

@@ -132,8 +132,11 @@ Painter::Painter(const XServer& server, const DeviceRect& place, int seed)
   }
 }
 
-Churner::Churner(const XServer& server, int seed, bool managed)
-    : Program({VELICOR_CHURNER, std::to_string(seed), managed ? "managed" : "unmanaged"}, server.name()) {
+Churner::Churner(const XServer& server, int seed, bool managed, Measure measure)
+    : Program(
+          {VELICOR_CHURNER, std::to_string(seed), managed ? "managed" : "unmanaged",
+           std::to_string(measure.programs), std::to_string(measure.windows), std::to_string(measure.rate)},
+          server.name()) {
   const XClient client(server.name());
   if (!client.waitForProperty("VELICOR_CHURNER")) throw std::runtime_error("the churner did not start");
 }

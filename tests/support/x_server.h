@@ -75,11 +75,18 @@ class Painter : public Program {
   Painter(const XServer& server, const DeviceRect& place, int seed);
 };
 
-// Another process that makes windows, changes them in every way there is and destroys them, 200 times a
-// second, within the top left 700 x 500 pixels. Managed: with the window manager's help where it likes.
+// Another process with several connections that make windows, tiny and huge ones among them, change them in
+// every way there is and destroy them, within the top left 700 x 500 pixels. Now and then one of them ends
+// another's connection, which then comes back. Managed: with the window manager's help where it likes.
 class Churner : public Program {
  public:
-  Churner(const XServer& server, int seed, bool managed);
+  struct Measure {
+    int programs = 4;
+    int windows = 50;  // of each, at most
+    int rate = 500;    // changes a second
+  };
+
+  Churner(const XServer& server, int seed, bool managed, Measure measure);
 };
 
 class CompositingManager : public Program {

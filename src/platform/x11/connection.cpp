@@ -129,6 +129,11 @@ Owned<xcb_generic_event_t> Connection::takePeeked() {
   return nullptr;
 }
 
+void Connection::fillPeeked() {
+  while (Owned<xcb_generic_event_t> event{xcb_poll_for_queued_event(raw_)})
+    peeked_.push_back(std::move(event));
+}
+
 std::string Connection::describe(const xcb_generic_error_t& error) const {
   const char* label =
       error.error_code < firstExtensionError ? xcb_event_get_error_label(error.error_code) : nullptr;

@@ -92,10 +92,18 @@ class Connection {
   // Shows the events that have been read already, in their order, without taking them.
   template <typename Look>
   void peekEvents(Look look) {
-    while (Owned<xcb_generic_event_t> event{xcb_poll_for_queued_event(raw_)})
-      peeked_.push_back(std::move(event));
+    fillPeeked();
     for (std::size_t i = taken_; i < peeked_.size(); ++i) {
       if (peeked_[i]->response_type != 0) look(std::as_const(*peeked_[i]));
+    }
+  }
+
+  // The same with the errors among them, which go to the error handler later all the same.
+  template <typename Look>
+  void peekErrors(Look look) {
+    fillPeeked();
+    for (std::size_t i = taken_; i < peeked_.size(); ++i) {
+      if (peeked_[i]->response_type == 0) look(reinterpret_cast<const xcb_generic_error_t&>(*peeked_[i]));
     }
   }
 
@@ -119,6 +127,7 @@ class Connection {
   using Poll = xcb_generic_event_t*(xcb_connection_t*);
   Owned<xcb_generic_event_t> next(Poll* poll);
   Owned<xcb_generic_event_t> takePeeked();
+  void fillPeeked();
   Error explain(Owned<xcb_generic_error_t> error);
   void noticeLoss();
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include <unistd.h>
 
@@ -15,14 +16,14 @@ constexpr auto patience = std::chrono::seconds(10);
 constexpr std::uint32_t colourBits = 0xffffff;
 
 Frame copyOf(const PixelBuffer& buffer) {
+  const auto width = static_cast<std::size_t>(buffer.width());
   Frame frame{buffer.width(), buffer.height(), {}};
-  for (int y = 0; y < buffer.height(); ++y) {
-    const auto row = buffer.row(y);
-    for (std::size_t x = 0; x < row.size(); x += 4) {
-      std::uint32_t pixel = 0;
-      std::memcpy(&pixel, &row[x], 4);
-      frame.pixels.push_back(pixel & colourBits);
-    }
+  frame.pixels.resize(width * static_cast<std::size_t>(buffer.height()));
+  std::uint32_t* pixels = frame.pixels.data();
+  for (int y = 0; y < buffer.height(); ++y, pixels += width) {
+    std::memcpy(pixels, buffer.row(y).data(), width * 4);
+    for (std::size_t x = 0; x < width; ++x)
+      pixels[x] &= colourBits;
   }
   return frame;
 }
@@ -80,6 +81,18 @@ void Receiver::release() {
 std::vector<Frame> Receiver::frames() const {
   const std::scoped_lock guard(mutex_);
   return frames_;
+}
+
+Frame Receiver::last() const {
+  const std::scoped_lock guard(mutex_);
+  return frames_.empty() ? Frame{} : frames_.back();
+}
+
+std::vector<Frame> Receiver::take() {
+  const std::scoped_lock guard(mutex_);
+  if (frames_.empty()) return {};
+  const Frame newest = frames_.back();
+  return std::exchange(frames_, {newest});
 }
 
 std::size_t Receiver::idle() const {

@@ -49,6 +49,13 @@ class Receiver : public StreamOutput, public StreamDelegate {
   void release();
 
   std::vector<Frame> frames() const;
+
+  // The newest complete frame; an empty one before the first.
+  Frame last() const;
+
+  // The frames since the last call, and no more of them here than the newest.
+  std::vector<Frame> take();
+
   std::size_t complete() const { return frames().size(); }
   std::size_t idle() const;
 

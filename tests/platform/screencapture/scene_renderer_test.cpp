@@ -126,6 +126,38 @@ TEST_F(SceneRendererTest, LosesNothingThatIsDrawnMeanwhile) {
   EXPECT_EQ(picture, fromScratch());
 }
 
+// Gone after the plan was made and before its contents were named, with and without another window on top.
+TEST_F(SceneRendererTest, KeepsNothingWhereAWindowVanishedThatHidTheRest) {
+  const auto pixelOf = [](const std::vector<std::byte>& picture) {
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, picture.data(), sizeof pixel);
+    return pixel & 0xffffff;
+  };
+  for (const bool topped : {false, true}) {
+    if (topped) other_.showColour({250, 200, 300, 300}, 0x00ff00);
+    SceneRenderer renderer(*connection_, formats_);
+    SegmentPool pool(memory_, 1, [] {});
+    std::vector<std::byte> picture;
+    const xcb_window_t before = other_.showColour({50, 50, 400, 300}, 0xff0000);
+    other_.lower(before);
+    renderer.follow(plan());
+    EXPECT_FALSE(draw(renderer, pool, picture).isLacking);
+    EXPECT_EQ(pixelOf(picture), 0xff0000u);
+    const xcb_window_t window = other_.showColour({50, 50, 400, 300}, 0xffff00);
+    other_.lower(window);
+    other_.destroy(before);
+    renderer.follow(plan());
+    other_.destroy(window);
+    other_.sync();
+    const auto drawing = draw(renderer, pool, picture);
+    EXPECT_TRUE(drawing.done && drawing.isLacking);
+    EXPECT_EQ(pixelOf(picture), 0u) << "what the segment or the canvas had before";
+    renderer.follow(plan());
+    EXPECT_FALSE(draw(renderer, pool, picture).isLacking);
+    EXPECT_EQ(picture, fromScratch());
+  }
+}
+
 TEST_F(SceneRendererTest, AsksForNothingWhereNothingInsideWasDrawn) {
   const xcb_window_t beside = other_.showPattern({50, 50, 400, 300}, {1});
   const xcb_window_t beneath = other_.showPattern({90, 90, 300, 300}, {2});

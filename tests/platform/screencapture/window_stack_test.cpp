@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <deque>
 #include <functional>
 #include <map>
@@ -57,8 +58,10 @@ class MiniServer {
   explicit MiniServer(unsigned seed) : random_(seed) {}
 
   void act() {
-    const int what = pick(8);
+    const int what = pick(12);
     if (order_.empty() || what == 0) return create();
+    if (what == 9) return circulate();
+    if (what == 10 && !away_.empty()) return enter();
     const WindowId id = order_[static_cast<std::size_t>(pick(static_cast<int>(order_.size())))];
     switch (what) {
       case 1:
@@ -69,6 +72,12 @@ class MiniServer {
         return setMapped(id, false);
       case 4:
         return restack(id);
+      case 5:
+        return reshape(id);
+      case 6:
+        return setBorder(id);
+      case 7:
+        return leave(id, pick(2) == 0);
       default:
         return place(id);
     }
@@ -103,14 +112,24 @@ class MiniServer {
     }
   }
 
-  void expectSame(const WindowStack& model) const {
+  // What was named or read for a generation is still what the server has.
+  void expectSame(const WindowStack& model) {
     const auto known = model.bottomToTop();
     ASSERT_EQ(known.size(), order_.size());
     for (std::size_t i = 0; i < known.size(); ++i) {
       const StackedWindow& truth = windows_.at(order_[i]);
       EXPECT_EQ(known[i]->id, truth.id);
       EXPECT_EQ(known[i]->bounds, truth.bounds);
+      EXPECT_EQ(known[i]->border, truth.border);
       EXPECT_EQ(known[i]->viewable, truth.viewable);
+      EXPECT_EQ(known[i]->shaped, truth.shaped);
+      const auto read = [this](unsigned generation, unsigned state) {
+        return seen_.emplace(generation, state).first->second;
+      };
+      if (truth.viewable) {
+        EXPECT_EQ(read(known[i]->pixmapGeneration, truth.pixmapGeneration), truth.pixmapGeneration);
+      }
+      EXPECT_EQ(read(known[i]->shapeGeneration, truth.shapeGeneration), truth.shapeGeneration);
     }
   }
 
@@ -123,6 +142,8 @@ class MiniServer {
     if (windows_.contains(id)) return;
     windows_[id] = windowAt(id, {pick(100), pick(100), 1 + pick(50), 1 + pick(50)});
     windows_[id].viewable = false;
+    windows_[id].pixmapGeneration = ++states_;
+    windows_[id].shapeGeneration = ++states_;
     order_.push_back(id);
     events_.push_back([](WindowStack& model) { model.created(); });
   }
@@ -137,6 +158,7 @@ class MiniServer {
   void setMapped(WindowId id, bool mapped) {
     if (windows_[id].viewable == mapped) return;
     windows_[id].viewable = mapped;
+    if (mapped) windows_[id].pixmapGeneration = ++states_;
     events_.push_back([id, mapped](WindowStack& model) { mapped ? model.mapped(id) : model.unmapped(id); });
   }
 
@@ -147,25 +169,77 @@ class MiniServer {
   }
 
   void place(WindowId id) {
+    const DeviceRect before = windows_[id].bounds;
     windows_[id].bounds = {pick(100), pick(100), 1 + pick(50), 1 + pick(50)};
+    const bool resized =
+        windows_[id].bounds.width != before.width || windows_[id].bounds.height != before.height;
+    if (resized) windows_[id].pixmapGeneration = ++states_;
     tellPlace(id);
+  }
+
+  void setBorder(WindowId id) {
+    windows_[id].border = (windows_[id].border + 1 + pick(3)) % 4;
+    windows_[id].pixmapGeneration = ++states_;
+    tellPlace(id);
+  }
+
+  void reshape(WindowId id) {
+    const bool shaped = windows_[id].shaped = pick(2) == 0;
+    windows_[id].shapeGeneration = ++states_;
+    events_.push_back([=](WindowStack& model) { model.shapeChanged(id, shaped); });
+  }
+
+  void circulate() {
+    std::rotate(order_.begin(), order_.begin() + 1, order_.end());
+    events_.push_back([](WindowStack& model) { model.circulated(); });
+  }
+
+  // Into another window, or into the root window anew; what happens to it there is not told.
+  void leave(WindowId id, bool stays) {
+    const bool shown = windows_[id].viewable;
+    setMapped(id, false);
+    std::erase(order_, id);
+    away_.push_back(windows_.extract(id));
+    away_.back().mapped().viewable = shown;
+    if (stays) return enter();
+    events_.push_back([id](WindowStack& model) { model.leftRoot(id); });
+  }
+
+  void enter() {
+    auto window = std::move(away_.back());
+    away_.pop_back();
+    const WindowId id = window.key();
+    if (windows_.contains(id)) return;
+    const bool shown = std::exchange(window.mapped().viewable, false);
+    window.mapped().bounds = {pick(100), pick(100), 1 + pick(50), 1 + pick(50)};
+    window.mapped().shaped = pick(2) == 0;
+    window.mapped().shapeGeneration = ++states_;
+    windows_.insert(std::move(window));
+    order_.push_back(id);
+    events_.push_back([id](WindowStack& model) { model.enteredRoot(id); });
+    setMapped(id, shown);
   }
 
   void tellPlace(WindowId id) {
     const auto position = std::find(order_.begin(), order_.end(), id);
     const WindowId below = position == order_.begin() ? 0 : *(position - 1);
     const DeviceRect bounds = windows_[id].bounds;
-    events_.push_back([=](WindowStack& model) { model.configured(id, bounds, 0, below); });
+    const int border = windows_[id].border;
+    events_.push_back([=](WindowStack& model) { model.configured(id, bounds, border, below); });
   }
 
   std::mt19937 random_;
   std::vector<WindowId> order_;
   std::map<WindowId, StackedWindow> windows_;
+  std::vector<std::map<WindowId, StackedWindow>::node_type> away_;
   std::deque<std::function<void(WindowStack&)>> events_;
+  unsigned states_ = 0;                // of all pixmaps and shapes
+  std::map<unsigned, unsigned> seen_;  // states by the model's generations
 };
 
 TEST(WindowStack, AgreesWithTheServerAfterAnyHistory) {
-  for (unsigned seed = 0; seed < 300; ++seed) {
+  const unsigned histories = std::getenv("VELICOR_LONG_TESTS") ? 1'000'000 : 1000;
+  for (unsigned seed = 0; seed < histories; ++seed) {
     MiniServer server(seed);
     WindowStack model;
     for (int step = 0; step < 60; ++step) {

@@ -162,11 +162,15 @@ void CaptureEngine::take(const xcb_generic_error_t& error) {
 void CaptureEngine::catchUp() {
   for (int round = 0; round < mostRounds; ++round) {
     if (std::exchange(monitorsOutdated_, false)) readMonitors();
-    if (watcher_->isOutdated()) watcher_->refresh();
-    refreshFilters();
+    readWindows();
     takeReadEvents();
     if (lost_ || (!watcher_->isOutdated() && !monitorsOutdated_)) return;
   }
+}
+
+void CaptureEngine::readWindows() {
+  if (watcher_->isOutdated()) watcher_->refresh();
+  refreshFilters();
 }
 
 void CaptureEngine::readMonitors() {
@@ -219,8 +223,13 @@ void CaptureEngine::lookWhereDue() {
 }
 
 void CaptureEngine::look(StreamWorker& worker, Instant now) {
-  const Status looked = worker.look(now);
+  Status looked = worker.look(now);
   takeReadEvents();
+  while (!lost_ && worker.hasMissed()) {
+    readWindows();
+    looked = worker.look(now);
+    takeReadEvents();
+  }
   if (lost_) return;
   if (!looked) return end(worker, looked.error());
   checkRefusals(worker, now);

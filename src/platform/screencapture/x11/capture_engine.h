@@ -60,6 +60,7 @@ class CaptureEngine {
   void take(const xcb_generic_event_t& event);
   void take(const xcb_generic_error_t& error);
   void catchUp();
+  void readWindows();
   void readMonitors();
   void refreshFilters();
   void lookWhereDue();

@@ -79,6 +79,14 @@ bool SceneRenderer::take(const xcb_generic_error_t& error) {
   return true;
 }
 
+// A reply that comes after the namings has brought their errors along.
+void SceneRenderer::loseUnnamed() {
+  if (namings_.empty()) return;
+  connection_.peekErrors([this](const xcb_generic_error_t& error) {
+    if (take(error)) lost_.insert(namings_.at(error.full_sequence));
+  });
+}
+
 void SceneRenderer::forget(WindowId id) {
   damage_.forget(id);
   const auto entry = surfaces_.find(id);
@@ -110,18 +118,23 @@ SceneRenderer::Drawing SceneRenderer::draw(const Segment& segment) {
   const DeviceRect area = anew ? everything.area : damage_.part();
   Task task{area, rowsOf(area).united(segment.outdated()).within(everything.rows)};
   bool done = canCopy() ? copyDirectly(task, segment) : compose(task, segment);
-  if (!done || damage_.isTorn(plan_, written_, fetched_)) {
-    // A copy fails when the window has just gone. What is composed at once is never torn.
+  const std::set<WindowId> lostBefore = std::exchange(lost_, {});
+  loseUnnamed();
+  if (!done || !lost_.empty() || damage_.isTorn(plan_, written_, fetched_)) {
+    // What a window that has just gone was to hide is in no copy, and in no canvas. What is composed at once
+    // is never torn.
     canvasShows_ = false;
     task = everything;
     done = compose(task, segment);
   }
   damage_.hear();
-  const Drawing drawing{done, task.area == everything.area, damage_.drawn() == DamageWatch::Drawn::yes,
+  const bool lacking = !std::includes(lostBefore.begin(), lostBefore.end(), lost_.begin(), lost_.end());
+  const Drawing drawing{done, task.area == everything.area, lacking,
+                        damage_.drawn() == DamageWatch::Drawn::yes,
                         rowsOf(united(task.area, damage_.part()))};
   // Of a failure nobody knows what has been lost.
-  isDrawn_ = done;
-  if (done) damage_.captured(fetched_);
+  isDrawn_ = done && lost_.empty();
+  if (isDrawn_) damage_.captured(fetched_);
   return drawing;
 }
 
@@ -247,17 +260,21 @@ void SceneRenderer::paintArea(const DeviceRect& area) {
   }
 }
 
+bool SceneRenderer::hides(const Layer& layer, const DeviceRect& place) const {
+  if (!layer.isSolid() || !layer.visible.contains(place) || !formats_.find(layer.visual)) return false;
+  const auto surface = surfaces_.find(layer.id);
+  return surface != surfaces_.end() && surface->second.pixmap != 0;
+}
+
 // The topmost layer that hides all beneath it at this place; the end where none does.
 std::vector<Layer>::const_iterator SceneRenderer::lowestNeeded(const DeviceRect& place) const {
-  const auto hides = [&](const Layer& layer) { return layer.isSolid() && layer.visible.contains(place); };
-  const auto found = std::find_if(plan_.layers.rbegin(), plan_.layers.rend(), hides);
+  const auto found = std::find_if(plan_.layers.rbegin(), plan_.layers.rend(),
+                                  [&](const Layer& layer) { return hides(layer, place); });
   return found == plan_.layers.rend() ? plan_.layers.end() : std::prev(found.base());
 }
 
 void SceneRenderer::paintBackdrop(const DeviceRect& area) {
   const DeviceRect place = plan_.screen.intersection(onScreen(area));
-  const bool hidden = plan_.covered && place == onScreen(area);
-  if (hidden) return;
   const xcb_rectangle_t all = rectangle(area);
   xcb_render_fill_rectangles(connection_.raw(), XCB_RENDER_PICT_OP_SRC, canvasPicture_, black, 1, &all);
   if (!plan_.covered && plan_.background.pixmap != 0 && !place.isEmpty()) paintTiles(place);

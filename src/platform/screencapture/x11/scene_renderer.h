@@ -45,12 +45,14 @@ class SceneRenderer {
   struct Drawing {
     bool done = false;         // false: nothing came of it
     bool isWhole = false;      // all of it was drawn
+    bool isLacking = false;    // a window was gone before its contents could be had: the plan is too old
     bool drawnInside = false;  // as above, until just before this drawing
     Rows changed;              // outside these it is like the drawing before it
   };
 
-  // Brings the segment, rows tightly packed, up to date. One round trip. Windows whose contents can't be had
-  // are left out.
+  // Brings the segment, rows tightly packed, up to date. One round trip, as a rule. Windows whose contents
+  // can't be had are left out, and what the plan has beneath them shows. Those that are gone have told so by
+  // events that have been read by then; of one that is refused twice in a row nothing better will come.
   Drawing draw(const Segment& segment);
 
   // The next drawing keeps nothing of the one before.
@@ -84,6 +86,7 @@ class SceneRenderer {
   void forget(WindowId id);
   void prepare(const Layer& layer);
   void name(Surface& surface, const Layer& layer);
+  void loseUnnamed();
   void readShape(Surface& surface, const Layer& layer);
   void subtract(std::uint32_t region, const ClientCut& cut);
   void makePicture(Surface& surface, const Layer& layer);
@@ -96,6 +99,7 @@ class SceneRenderer {
   bool compose(const Task& task, const Segment& segment);
   void ensureCanvas();
   void paintArea(const DeviceRect& area);
+  bool hides(const Layer& layer, const DeviceRect& place) const;
   std::vector<Layer>::const_iterator lowestNeeded(const DeviceRect& place) const;
   void paintBackdrop(const DeviceRect& area);
   void paintTiles(const DeviceRect& place);
@@ -109,6 +113,7 @@ class SceneRenderer {
   std::map<WindowId, Surface> surfaces_;
   std::map<std::uint32_t, WindowId> namings_;  // windows by the sequence number of their naming
   std::set<WindowId> refused_;
+  std::set<WindowId> lost_;  // could not be named for the last drawing
   bool isDrawn_ = false;  // the plan has been drawn once, and nothing was lost since
   std::uint32_t canvas_ = 0;
   std::uint32_t canvasPicture_ = 0;

@@ -40,6 +40,8 @@ StackWatcher::StackWatcher(Connection& connection, const VisualFormats& formats)
                                         XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
 }
 
+// The root window tells of its children. What clients tell of themselves concerns their places inside their
+// frames, and may come when the model has them outside already.
 bool StackWatcher::take(const xcb_generic_event_t& event) {
   // What programs tell each other about windows need not be what the server did.
   if ((event.response_type & sentByProgram) != 0) return false;
@@ -48,18 +50,21 @@ bool StackWatcher::take(const xcb_generic_event_t& event) {
     case XCB_CREATE_NOTIFY:
       stack_.created();
       break;
-    case XCB_DESTROY_NOTIFY:
-      stack_.destroyed(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+    case XCB_DESTROY_NOTIFY: {
+      const auto& gone = reinterpret_cast<const xcb_destroy_notify_event_t&>(event);
+      if (gone.event == connection_.root()) stack_.destroyed(gone.window);
       break;
+    }
     case XCB_MAP_NOTIFY: {
       const auto& map = reinterpret_cast<const xcb_map_notify_event_t&>(event);
-      // Clients tell of themselves too.
       if (map.event == connection_.root()) stack_.mapped(map.window);
       break;
     }
-    case XCB_UNMAP_NOTIFY:
-      stack_.unmapped(reinterpret_cast<const xcb_unmap_notify_event_t&>(event).window);
+    case XCB_UNMAP_NOTIFY: {
+      const auto& unmap = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
+      if (unmap.event == connection_.root()) stack_.unmapped(unmap.window);
       break;
+    }
     case XCB_GRAVITY_NOTIFY:
     case XCB_CIRCULATE_NOTIFY:
       stack_.circulated();
@@ -87,13 +92,16 @@ bool StackWatcher::takeConfigure(const xcb_configure_notify_event_t& event) {
   const bool resized = bounds.width != window->bounds.width || bounds.height != window->bounds.height;
   if (window->client != 0 && (resized || window->id != event.window)) appearanceOutdated_.insert(window->id);
   if (window->id != event.window) return true;
+  if (event.event != connection_.root()) return false;
   const unsigned before = stack_.revision();
   stack_.configured(event.window, bounds, event.border_width, event.above_sibling);
   return stack_.revision() != before;
 }
 
 void StackWatcher::takeReparent(const xcb_reparent_notify_event_t& event) {
-  if (event.parent == connection_.root()) return stack_.enteredRoot();
+  const StackedWindow* frame = stack_.findByClient(event.window);
+  if (frame && frame->id != event.window && frame->id != event.parent) setClient(frame->id, XCB_NONE);
+  if (event.parent == connection_.root()) return stack_.enteredRoot(event.window);
   stack_.leftRoot(event.window);
   // The frame itself where the new parent is a child of the root window, as with most managers.
   if (stack_.find(event.parent)) {
@@ -188,7 +196,7 @@ void StackWatcher::climb(Reparented found) {
 
 void StackWatcher::setClient(WindowId frame, WindowId client) {
   stack_.clientFound(frame, client);
-  watchClient(connection_, client);
+  if (client != XCB_NONE) watchClient(connection_, client);
   appearanceOutdated_.insert(frame);
 }
 

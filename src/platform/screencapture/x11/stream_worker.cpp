@@ -14,6 +14,9 @@ namespace {
 // windows, little enough that a picture that has stopped for good is reported within seconds.
 constexpr int mostFailures = 10;
 
+// Looks of one tick that may miss one after the other: windows hardly ever vanish so fast.
+constexpr int mostMisses = 5;
+
 dispatch::Duration durationOf(const FrameInterval& interval) {
   const double seconds = static_cast<double>(interval.value) / std::max(1, interval.timescale);
   return std::chrono::duration_cast<dispatch::Duration>(std::chrono::duration<double>(seconds));
@@ -82,6 +85,7 @@ std::optional<StreamWorker::Instant> StreamWorker::due() {
 }
 
 Status StreamWorker::look(Instant now) {
+  hasMissed_ = false;
   followScene();
   if (!isShown_) return makeFrame(now);
   if (pacer_.owesFrame()) return repeatFrame(now) ? Status() : makeFrame(now);
@@ -116,6 +120,13 @@ Status StreamWorker::makeFrame(Instant now) {
   }
   failures_ = 0;
   pool_.written(segment, drawing.changed);
+  if (drawing.isLacking) {
+    pool_.giveBack(segment);
+    hasMissed_ = ++misses_ % mostMisses != 0;
+    if (!hasMissed_) pacer_.skipped(now);
+    return {};
+  }
+  misses_ = 0;
   isThorough_ = drawing.isWhole;
   // What was drawn may lie under an opaque neighbour.
   if (isShown_ && !pacer_.owesFrame() && looksLikeLast(*segment, drawing.changed)) {

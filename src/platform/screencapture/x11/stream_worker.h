@@ -51,6 +51,11 @@ class StreamWorker {
   // Looks at the screen and sends a sample. The watcher must be up to date. The error ends the stream.
   Status look(Instant now);
 
+  // The last look has sent nothing, because a window was gone before its contents could be had. The events
+  // that tell of it have been read: look again with a watcher that knows. After a few such looks it says no,
+  // and waits for the next tick.
+  bool hasMissed() const { return hasMissed_; }
+
   const std::shared_ptr<Delivery>& delivery() const { return delivery_; }
   const ContentFilter& filter() const { return filter_; }
   std::vector<WindowId> takeRefused() { return renderer_.takeRefused(); }
@@ -84,7 +89,9 @@ class StreamWorker {
   std::optional<Surroundings> planned_;  // those of the renderer's plan; none: plan anew
   bool isShown_ = false;                 // the last frame was made of that plan
   bool isThorough_ = false;              // the last frame was not put together of parts
-  int failures_ = 0;                     // in a row
+  bool hasMissed_ = false;
+  int misses_ = 0;    // in a row
+  int failures_ = 0;  // in a row
 };
 
 }  // namespace velicor::screencapture

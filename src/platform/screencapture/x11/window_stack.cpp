@@ -69,6 +69,12 @@ void WindowStack::configured(WindowId id, const DeviceRect& bounds, int border, 
   if (neighbourBelow(id) != below) askAgain();
 }
 
+// Even one that was there before is somewhere else now, which no other event tells.
+void WindowStack::enteredRoot(WindowId id) {
+  forget(id);
+  askAgain();
+}
+
 void WindowStack::leftRoot(WindowId id) { forget(id); }
 
 void WindowStack::shapeChanged(WindowId idOrClient, bool shaped) {

@@ -65,7 +65,7 @@ class WindowStack {
   void unmapped(WindowId id);
   void configured(WindowId id, const DeviceRect& bounds, int border, WindowId below);
   void circulated() { askAgain(); }
-  void enteredRoot() { askAgain(); }
+  void enteredRoot(WindowId id);
   void leftRoot(WindowId id);
   void shapeChanged(WindowId idOrClient, bool shaped);
   void clientFound(WindowId frame, WindowId client);
