@@ -28,6 +28,7 @@ class Stage {
 
   Launch launch() const { return {.display = server_.name()}; }
 
+  const XServer& server() const { return server_; }
   XClient& painter() { return painter_; }
   const XClient& painter() const { return painter_; }
   Robot& mouse() { return mouse_; }

@@ -29,7 +29,7 @@ XfceManager::XfceManager(const XServer& server, Way way)
     if (std::chrono::steady_clock::now() > end) throw std::runtime_error("the message bus did not start");
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
-  const bool composing = way != Way::plain;
+  const bool composing = way == Way::composing || way == Way::composingInstead;
   std::vector<std::string> command{"env",
                                    "DBUS_SESSION_BUS_ADDRESS=unix:path=" + folder_.path + "/bus",
                                    "XDG_CONFIG_HOME=" + folder_.path,
@@ -37,7 +37,7 @@ XfceManager::XfceManager(const XServer& server, Way way)
                                    "xfwm4",
                                    composing ? "--compositor=on" : "--compositor=off",
                                    "--sm-client-disable"};
-  if (way == Way::composingInstead) command.emplace_back("--replace");
+  if (way == Way::instead || way == Way::composingInstead) command.emplace_back("--replace");
   manager_ = std::make_unique<WindowManager>(server, command);
   const XClient client(server.name());
   if (composing && !client.waitForSelectionOwner("_NET_WM_CM_S0", true))

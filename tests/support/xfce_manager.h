@@ -11,7 +11,7 @@ namespace velicor::test {
 // around us: both get a folder of their own that goes with this object.
 class XfceManager {
  public:
-  enum class Way { plain, composing, composingInstead };
+  enum class Way { plain, instead, composing, composingInstead };
 
   // Composing: with its own compositing manager. Instead: in place of the manager that runs. Returns when it
   // does its work; instead of another, possibly before.
