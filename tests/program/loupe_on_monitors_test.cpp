@@ -1,6 +1,7 @@
-// The loupe on a screen of two monitors, one of which comes and goes.
+// The loupe on a screen of two monitors, one of which comes and goes, and on one that changes.
 #include <gtest/gtest.h>
 
+#include "program/screen_settings.h"
 #include "program/stage.h"
 #include "support/main_loop.h"
 
@@ -33,6 +34,12 @@ class LoupeOnMonitorsTest : public testing::Test {
     if (shown) shown = stage_.shows({corner.x + 19, corner.y + 19}, onTheLine);
     if (shown) shown = stage_.shows({corner.x - 1, corner.y}, QColor::fromRgb(middleGrey));
     return shown ? stage_.shows({corner.x + 20, corner.y}, QColor::fromRgb(middleGrey)) : shown;
+  }
+
+  testing::AssertionResult isAt(const DeviceRect& window, DevicePoint place) {
+    if (waitUntil([&] { return stage_.windowAt(place) == window; })) return testing::AssertionSuccess();
+    const DeviceRect found = stage_.windowAt(place);
+    return testing::AssertionFailure() << found.width << " x " << found.height << " at " << found.x << ", " << found.y;
   }
 
   // By its move chip, to where its corner is then.
@@ -100,6 +107,27 @@ TEST_F(LoupeOnMonitorsTest, AMonitorMayGoAndComeBackUnderTheLoupe) {
   stage_.painter().sync();
   EXPECT_TRUE(startedOn(velicor, {"new"}));
   EXPECT_TRUE(answersIn(loupe, rightMonitor)) << velicor.log();
+  EXPECT_EQ(velicor.terminate(), 0);
+}
+
+TEST_F(LoupeOnMonitorsTest, TheResolutionMayChange) {
+  stage_.painter().deleteMonitor("left");
+  stage_.painter().deleteMonitor("right");
+  RunningVelicor velicor(stage_.launch());
+  ASSERT_TRUE(answersIn(loupeAtStart, {0, 0, 1280, 800})) << velicor.log();
+  const DeviceRect low = drag(loupeAtStart, {700, 610});
+  ASSERT_TRUE(isAt(low, moveChipOf(low)));
+  // Places count from the lower edge.
+  setResolution(stage_.painter(), 1024, 600);
+  EXPECT_TRUE(answersIn({700, 410, 175, 175}, {0, 0, 1024, 600})) << velicor.log();
+  EXPECT_TRUE(isAt({664, 0, 360, 600}, {1000, 590}));
+  setResolution(stage_.painter(), 1280, 800);
+  EXPECT_TRUE(answersIn(low, {0, 0, 1280, 800})) << velicor.log();
+  // Where there is no screen any more.
+  const DeviceRect stranded = drag(low, {480, 10});
+  ASSERT_TRUE(isAt(stranded, moveChipOf(stranded)));
+  setResolution(stage_.painter(), 1024, 600);
+  EXPECT_TRUE(answersIn({425, 213, 175, 175}, {0, 0, 1024, 600})) << velicor.log();
   EXPECT_EQ(velicor.terminate(), 0);
 }
 
