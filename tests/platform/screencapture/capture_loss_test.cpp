@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
+#include <random>
 #include <thread>
 
 #include <unistd.h>
@@ -96,6 +98,26 @@ TEST(ServerMemory, ReceivesPicturesBothWays) {
       pixel &= 0xffffff;
     EXPECT_EQ(frame.wrongPixels(patternAt({0, 0, 200, 100}, {2}, plain(0)), {0, 0}), 0);
     memory.retire(*segment);
+  }
+}
+
+// Its last letter may come together with the end.
+TEST(CaptureEngine, EndsWhateverMailIsOnItsWay) {
+  const XServer server;
+  x11::OwnClients own;
+  std::mt19937 random(7);
+  for (int round = 0; round < 200; ++round) {
+    auto connection = x11::Connection::open(server.name(), own);
+    ASSERT_TRUE(connection);
+    std::atomic<bool> ending = false;
+    Mailbox::Job again;
+    const CaptureEngine engine(std::move(*connection), own, {});
+    again = [&ending, &again, mailbox = engine.mailbox()] {
+      if (!ending) mailbox->post(again);
+    };
+    engine.mailbox()->post(again);
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 500));
+    ending = true;
   }
 }
 

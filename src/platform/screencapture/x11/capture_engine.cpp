@@ -73,11 +73,13 @@ std::optional<Error> CaptureEngine::prepare() {
 
 void CaptureEngine::run(std::stop_token stopping) {
   pthread_setname_np(pthread_self(), threadName);
-  while (!stopping.stop_requested()) {
+  for (;;) {
     if (std::exchange(hasMail_, false)) {
       for (const Mailbox::Job& job : mailbox_->takeAll())
         job();
     }
+    // Only now: taking the mail takes what was to wake us for the end too.
+    if (stopping.stop_requested()) break;
     takeEvents();
     lookWhereDue();
     ended_.clear();
