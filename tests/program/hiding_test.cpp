@@ -19,6 +19,13 @@ using namespace std::chrono_literals;
 constexpr QColor ground(0x99, 0x99, 0x99);
 constexpr int tolerance = 10;  // the line over whatever the root window is captured as
 
+// The thread sanitizer has a thread of its own, which wakes ten times a second.
+#ifdef __SANITIZE_THREAD__
+constexpr long sanitizerWakes = 11;
+#else
+constexpr long sanitizerWakes = 0;
+#endif
+
 // How often each of the process's threads has been given the processor.
 std::map<std::string, long> contextSwitches(qint64 process) {
   std::map<std::string, long> counts;
@@ -63,13 +70,14 @@ TEST_F(HidingTest, HiddenItCostsNothingAndTheShortcutBringsItBack) {
   waitUntil([] { return false; }, 1500ms);
   const auto before = contextSwitches(velicor.processID());
   const bool isLong = std::getenv("VELICOR_LONG_TESTS") != nullptr;
-  waitUntil([] { return false; }, isLong ? 60s : 6s);
+  const std::chrono::seconds hidden = isLong ? 60s : 6s;
+  waitUntil([] { return false; }, hidden);
   const long switches = switchesSince(before, velicor.processID());
   RecordProperty("switches", static_cast<int>(switches));
-  EXPECT_LE(switches, isLong ? 19 : 2) << "fewer than 20 a minute";
+  EXPECT_LE(switches, (isLong ? 19 : 2) + hidden.count() * sanitizerWakes) << "fewer than 20 a minute";
   for (int x = 300; x < 900; x += 7)
     stage_.mouse().moveTo({x, 400});
-  EXPECT_LE(switchesSince(before, velicor.processID()), switches + 2) << "the mouse is nothing to it";
+  EXPECT_LE(switchesSince(before, velicor.processID()), switches + 2 + sanitizerWakes) << "the mouse is nothing to it";
   strikeShortcut();
   EXPECT_TRUE(isShown()) << velicor.log();
   EXPECT_EQ(velicor.terminate(), 0);
