@@ -131,7 +131,10 @@ TEST_P(KeyboardTest, HelpComesFromEverywhereAndTheKeyboardFindsItsWay) {
   if (GetParam() == Surroundings::noManager) return;
   const xcb_window_t other = stage_.painter().showPattern({50, 50, 200, 200}, {1}, {.managed = true});
   stage_.painter().move(other, 50, 50);
+  stage_.mouse().click(panel);  // the manager may or may not have given it to the new window
+  ASSERT_TRUE(stage_.hasKeyboard("Velicor"));
   strike({key::f6});
+  ASSERT_TRUE(stage_.hasKeyboard(loupeAtStart));
   stage_.mouse().click({150, 150});
   EXPECT_TRUE(waitUntil([&] { return focus() == other; }));
   EXPECT_TRUE(showsRing(loupeAtStart, false));
