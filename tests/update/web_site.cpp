@@ -1,9 +1,10 @@
 #include "update/web_site.h"
 
+#include <cstdlib>
+
 #include <gtest/gtest.h>
 #include <QFile>
 #include <QNetworkProxy>
-#include <QProcess>
 #include <QSslConfiguration>
 #include <QSslKey>
 #include <QTemporaryDir>
@@ -26,12 +27,12 @@ struct Authority {
     run(makeKey + "-keyout 2.key -out 2.pem -subj /CN=site" + names + host);
   }
 
+  // Not by the toolkit, whose way of starting programs makes the thread sanitizer look away from then on.
   void run(const QByteArray& command) const {
-    QProcess process;
-    process.setWorkingDirectory(folder.path());
-    process.startCommand(command);
-    if (!process.waitForFinished() || process.exitCode() != 0)
-      ADD_FAILURE() << process.readAll().toStdString();
+    const QByteArray quietly = "cd '" + folder.path().toLocal8Bit() + "' && " + command + " 2> said";
+    if (std::system(quietly.constData()) == 0) return;
+    QFile said(folder.filePath("said"));
+    ADD_FAILURE() << (said.open(QIODevice::ReadOnly) ? said.readAll().toStdString() : "nothing was said");
   }
 
   QSslKey key(int number) const {
