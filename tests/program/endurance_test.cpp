@@ -128,9 +128,10 @@ class EnduranceTest : public testing::Test {
     while (!end.hasExpired());
   }
 
-  std::map<std::string, unsigned> footprintWithoutCursors(const RunningVelicor& velicor) const {
+  std::map<std::string, unsigned> lastingFootprint(const RunningVelicor& velicor) const {
     auto counts = footprintOf(stage_, velicor);
     counts.erase("CURSOR");
+    counts.erase("ShmSeg");
     return counts;
   }
 
@@ -166,7 +167,8 @@ TEST_F(EnduranceTest, WhatTheProgramHoldsDoesNotGrow) {
 
   ASSERT_NO_FATAL_FAILURE(work(isLong ? 5min : 0min)) << velicor.log();
   ASSERT_NO_FATAL_FAILURE(round()) << velicor.log();
-  const auto before = footprintWithoutCursors(velicor);
+  const auto before = lastingFootprint(velicor);
+  const unsigned segments = footprintOf(stage_, velicor)["ShmSeg"];
   const long memory = residentMemory(velicor);
   for (int minute = 0; minute == 0 || minute < length.count(); ++minute) {
     ASSERT_NO_FATAL_FAILURE(work(isLong ? 1min : 0min)) << velicor.log();
@@ -177,10 +179,12 @@ TEST_F(EnduranceTest, WhatTheProgramHoldsDoesNotGrow) {
       std::cerr << ", " << count << " " << name;
     std::cerr << std::endl;
   }
-  waitUntil([&] { return footprintWithoutCursors(velicor) == before; });
-  EXPECT_EQ(footprintWithoutCursors(velicor), before);
+  waitUntil([&] { return lastingFootprint(velicor) == before; });
+  EXPECT_EQ(lastingFootprint(velicor), before);
   EXPECT_LE(footprintOf(stage_, velicor)["CURSOR"], cursorShapes)
       << "one for each shape, from when it is first shown";
+  EXPECT_LE(footprintOf(stage_, velicor)["ShmSeg"], segments + 1)
+      << "the capture takes its last one when all others are held, and keeps it";
   const long growth = residentMemory(velicor) - memory;
   RecordProperty("growth", static_cast<int>(growth));
   RecordProperty("frames", framesIn(velicor.log()));
