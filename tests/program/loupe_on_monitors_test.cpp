@@ -82,6 +82,7 @@ TEST_F(LoupeOnMonitorsTest, TheCaptureIsOnTheMonitorThatHasMostOfTheLoupe) {
   const DeviceRect astride = drag(right, {840, 500});
   const DeviceRect left = drag(drag(astride, {820, 500}), {300, 500});
   EXPECT_TRUE(answersIn(left, leftMonitor)) << velicor.log();
+  EXPECT_TRUE(answersIn(drag(left, {-60, 700}), leftMonitor)) << "beyond two edges: " << velicor.log();
   EXPECT_TRUE(startedOn(velicor, {"left", "right", "left"})) << "moved on a monitor, started anew on the other";
 }
 
