@@ -26,7 +26,11 @@ void fulfil(std::uint32_t wish) {
   const auto menuBar = AppDelegate::menuBar.lock();
   if (!menuBar) return;
   if (known == Wish::toggle) return menuBar->toggle();
-  if (const auto mode = modeOf(known)) AppState::shared().setMode(*mode);
+  if (const auto mode = modeOf(known)) {
+    AppState::shared().setMode(*mode);
+    // Asked for from the midst of other work.
+    return menuBar->bringForward();
+  }
   menuBar->bringBack();
   // Who starts it again to get at it is perhaps without a mouse.
   const auto loupe = AppState::shared().loupe.lock();

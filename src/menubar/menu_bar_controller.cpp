@@ -171,11 +171,14 @@ void MenuBarController::show() {
   rebuildMenu();
 }
 
-void MenuBarController::bringBack() {
+void MenuBarController::bringForward() {
   if (isHidden_) return show();
   loupe_.panel().orderFront();
-  if (!scopes_.panel().isVisible()) return;
-  scopes_.panel().orderFront();
+  if (scopes_.panel().isVisible()) scopes_.panel().orderFront();
+}
+
+void MenuBarController::bringBack() {
+  bringForward();
   scopes_.panel().makeKey();
 }
 

@@ -55,8 +55,11 @@ class MenuBarController {
   // Whichever of the two changes something.
   void toggle();
 
-  // What another start of the program wants: all of it on the screen and in front, but a scopes panel that the
-  // user has hidden.
+  // All of it on the screen and in front, but a scopes panel that the user has hidden. The keyboard stays
+  // where it is, unless the program was hidden.
+  void bringForward();
+
+  // The same with the keyboard: what another start of the program wants.
   void bringBack();
 
   // Anew from the state. Whoever opens the menu sees it as it is then.
