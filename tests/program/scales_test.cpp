@@ -88,8 +88,10 @@ TEST_P(ScalesTest, TheAnswerLiesOnItsPixelsWhereverTheLoupeIs) {
   const DeviceRect loupe = loupeAt(4, 2);
   EXPECT_TRUE(stage_.shows({loupe.right(), loupe.y + 60},
                            QColor::fromRgb(pattern.at(loupe.right(), loupe.y + 60))));
-  EXPECT_NE(stage_.colorAt({loupe.right() - 1, loupe.y + 60}),
-            QColor::fromRgb(pattern.at(loupe.right() - 1, loupe.y + 60)));
+  EXPECT_TRUE(waitUntil([&] {
+    return stage_.colorAt({loupe.right() - 1, loupe.y + 60}) !=
+           QColor::fromRgb(pattern.at(loupe.right() - 1, loupe.y + 60));
+  }));
 }
 
 INSTANTIATE_TEST_SUITE_P(, ScalesTest,
