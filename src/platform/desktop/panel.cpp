@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QScreen>
 #include <QTimer>
 #include <QWidget>
@@ -24,6 +25,9 @@ namespace velicor::desktop {
 namespace {
 
 constexpr std::uint32_t presentTime = 0;  // in requests: when the server gets to them
+
+// Managers may still be about to raise it.
+constexpr auto longestOutOfSight = std::chrono::milliseconds(150);
 
 Qt::WindowFlags flagsOf(PanelKind kind) {
   const Qt::WindowFlags common = Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
@@ -54,9 +58,12 @@ class Panel::Carrier : public QWidget {
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_QuitOnClose, false);
     setMouseTracking(true);
+    outOfSight.setSingleShot(true);
+    outOfSight.setInterval(longestOutOfSight);
   }
 
   Panel& panel;
+  QTimer outOfSight;
   std::uint32_t keyTime = 0;  // when the keyboard was taken, by the server's clock
   QWidget* content = nullptr;
   std::optional<PanelDrag> drag;  // where the background moves the panel
@@ -71,8 +78,19 @@ class Panel::Carrier : public QWidget {
   void mouseReleaseEvent(QMouseEvent*) override {
     if (drag) drag->release();
   }
+  // The way back for those without a mouse: their manager may think that they had the keyboard all the time.
+  void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() != Qt::Key_Escape || !panel.lifted_) return QWidget::keyPressEvent(event);
+    panel.resignKey();
+  }
   void closeEvent(QCloseEvent* event) override {
     event->setAccepted(!panel.delegate_ || panel.delegate_->windowShouldClose(panel));
+  }
+
+  // Nobody else directs the keyboard at a window that bypasses the manager.
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::MouseButtonPress && panel.lifted_) panel.makeKey();
+    return QWidget::eventFilter(watched, event);
   }
 
   bool event(QEvent* event) override {
@@ -105,7 +123,7 @@ class Panel::Carrier : public QWidget {
   // A manager that is about to show the window puts it into a frame first, and that in its place later: until the
   // window can be seen, its place means nothing.
   void noteGeometry() {
-    if (panel.kind_ == PanelKind::bypassing || isViewable()) return panel.movedByOthers();
+    if (panel.isBypassing() || isViewable()) return panel.movedByOthers();
     QTimer::singleShot(placing, this, [this] {
       if (isViewable()) panel.movedByOthers();
     });
@@ -126,7 +144,14 @@ Panel::Panel(Desktop& desktop, PanelKind kind, const DesktopRect& frame)
   toolkit::setLevel(*carrier_, 0);
   if (kind_ == PanelKind::managed) {
     visibility_ = std::make_unique<ManagedVisibility>(desktop_.server(), *carrier_,
-                                                      [this](bool shown) { apply(shown); });
+                                                      [this](Standing standing) { apply(standing); });
+    visibility_->onTaken = [this] {
+      toolkit::joinAllDesktops(toolkit::identifierOf(*carrier_));
+      keepInSight();
+    };
+    carrier_->windowHandle()->installEventFilter(carrier_.get());
+    carrier_->outOfSight.callOnTimeout(carrier_.get(), [this] { visibility_->lift(); });
+    windowsChanged_ = desktop_.windows().changed.subscribe([this] { keepInSight(); });
   }
   screensChanged_ = desktop_.screens().changed.subscribe(
       [this] { kind_ == PanelKind::bypassing ? applyFrame() : measureAnew(); });
@@ -201,29 +226,56 @@ void Panel::setLevel(int level) {
 }
 
 void Panel::orderFront() {
-  if (!isVisible()) visibility_ ? visibility_->request(true) : apply(true);
-  carrier_->raise();
+  if (!isVisible()) visibility_ ? visibility_->request(true) : apply(Standing::lifted);
+  // xfwm4 takes a raise for the wish to have the keyboard.
+  const bool standsWell =
+      visibility_ && visibility_->isKept() && desktop_.windows().isInFront(toolkit::identifierOf(*carrier_));
+  if (!standsWell) carrier_->raise();
   desktop_.windows().refreshSoon();
 }
 
 void Panel::orderOut() {
   resignKey();
   keyWhenShown_ = false;
-  visibility_ ? visibility_->request(false) : apply(false);
+  visibility_ ? visibility_->request(false) : hide();
   desktop_.windows().refreshSoon();
 }
 
-void Panel::apply(bool shown) {
-  if (!shown) {
-    carrier_->hide();
-    return toolkit::forgetPicture(*carrier_);
+void Panel::hide() {
+  carrier_->hide();
+  toolkit::forgetPicture(*carrier_);
+}
+
+void Panel::apply(Standing standing) {
+  if (standing == Standing::hidden) {
+    keyWhenShown_ = std::exchange(key_, false) && visibility_->isShown();
+    return hide();
   }
-  if (kind_ == PanelKind::managed) toolkit::joinAllDesktops(toolkit::identifierOf(*carrier_));
+  if (kind_ == PanelKind::managed) stand(standing == Standing::lifted);
   // Whatever the window manager has made of it before.
   carrier_->setWindowState(carrier_->windowState() & ~Qt::WindowMinimized);
   carrier_->show();
   becameShown();
   if (std::exchange(keyWhenShown_, false)) makeKey();
+}
+
+void Panel::stand(bool lifted) {
+  const WindowId window = toolkit::identifierOf(*carrier_);
+  lifted_ = lifted;
+  toolkit::setBypassing(*carrier_, lifted);
+  pressesElsewhere_ = {};
+  if (!lifted) return toolkit::joinAllDesktops(window);
+  // A manager that was slow to let go of it.
+  toolkit::returnToRoot(window);
+  // Their window manager may think that they had the keyboard all the time.
+  pressesElsewhere_ = desktop_.pointer().observePressesElsewhere([this] { resignKey(); });
+}
+
+void Panel::keepInSight() {
+  const bool lost =
+      visibility_->isKept() && desktop_.windows().isOvertopped(toolkit::identifierOf(*carrier_));
+  if (!lost) return carrier_->outOfSight.stop();
+  if (!carrier_->outOfSight.isActive()) carrier_->outOfSight.start();
 }
 
 // The toolkit shows a window with its own idea of the place, and nobody's idea of an input shape.
@@ -255,26 +307,30 @@ void Panel::makeKey() {
   if (!canBecomeKey() || !isVisible() || key_) return;
   keyWhenShown_ = !carrier_->isVisible();
   if (keyWhenShown_) return;
-  if (kind_ == PanelKind::managed) return carrier_->activateWindow();
+  if (!isBypassing()) return carrier_->activateWindow();
   const WindowId window = toolkit::identifierOf(*carrier_);
   const WindowId before = toolkit::focusedWindow();
   if (before != window) keyBefore_ = before;
-  carrier_->keyTime = desktop_.pointer().time();
-  toolkit::focus(window, carrier_->keyTime);
+  takeKeyboard(desktop_.pointer().time());
+  // As a manager would.
+  if (!key_ && lifted_) takeKeyboard(presentTime);
+}
+
+void Panel::takeKeyboard(std::uint32_t time) {
+  const WindowId window = toolkit::identifierOf(*carrier_);
+  carrier_->keyTime = time;
+  toolkit::focus(window, time);
   key_ = toolkit::focusedWindow() == window;
 }
 
 void Panel::insistOnKey() {
   makeKey();
-  if (key_ || kind_ == PanelKind::managed || !canBecomeKey() || !isVisible()) return;
-  const WindowId window = toolkit::identifierOf(*carrier_);
-  carrier_->keyTime = presentTime;
-  toolkit::focus(window, presentTime);
-  key_ = toolkit::focusedWindow() == window;
+  if (key_ || !isBypassing() || !canBecomeKey() || !isVisible()) return;
+  takeKeyboard(presentTime);
 }
 
 void Panel::resignKey() {
-  if (!std::exchange(key_, false) || kind_ != PanelKind::bypassing) return;
+  if (!std::exchange(key_, false) || !isBypassing()) return;
   const WindowId before = std::exchange(keyBefore_, 0);
   // Whoever took the keyboard meanwhile keeps it.
   if (toolkit::focusedWindow() != toolkit::identifierOf(*carrier_)) return;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,7 @@ namespace velicor::desktop {
 class Desktop;
 class ManagedVisibility;
 class Panel;
+enum class Standing;
 
 struct DeviceSize {
   int width = 0;
@@ -37,7 +39,9 @@ class PanelDelegate {
 // How a panel meets the window manager.
 enum class PanelKind {
   bypassing,  // not at all: exact frames at once, on all desktops, above full-screen windows
-  managed,    // an undecorated window that the manager keeps above and on all desktops, of one size
+  managed,    // an undecorated window that the manager keeps above and on all desktops, of one size; it
+              // bypasses the manager as well where that does not keep it in sight, such as behind a
+              // full-screen window
 };
 
 // A borderless window of ours with an alpha channel, placed in desktop points. Never activates the program by
@@ -115,12 +119,19 @@ class Panel {
   Desktop& desktop() const { return desktop_; }
   PanelKind kind() const { return kind_; }
 
+  // Whether no window manager has a hand in it at present.
+  bool isBypassing() const { return kind_ == PanelKind::bypassing || lifted_; }
+
  private:
   class Carrier;
   friend class Carrier;
 
   void applyFrame();
-  void apply(bool shown);
+  void apply(Standing standing);
+  void hide();
+  void stand(bool lifted);
+  void keepInSight();
+  void takeKeyboard(std::uint32_t time);
   void becameShown();
   void movedByOthers();
   void measureAnew();
@@ -137,8 +148,11 @@ class Panel {
   bool key_ = false;
   WindowId keyBefore_ = 0;
   bool keyWhenShown_ = false;
+  bool lifted_ = false;
   std::unique_ptr<ManagedVisibility> visibility_;  // of a managed panel
   Subscription screensChanged_;
+  Subscription windowsChanged_;
+  Subscription pressesElsewhere_;  // while it is lifted
 };
 
 }  // namespace velicor::desktop

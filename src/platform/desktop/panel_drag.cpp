@@ -39,7 +39,7 @@ void PanelDrag::move(const QMouseEvent& event) {
   frame.y += dy;
   panel_.setFrame(frame);
   const bool begins = !std::exchange(start_->moving, true);
-  const bool canBeTakenOver = panel_.kind() == PanelKind::managed && panel_.desktop().pointer().isPressed();
+  const bool canBeTakenOver = !panel_.isBypassing() && panel_.desktop().pointer().isPressed();
   if (begins && canBeTakenOver && panel_.window().windowHandle()->startSystemMove()) start_.reset();
 }
 

@@ -107,4 +107,18 @@ bool isCovered(const Stack& stack, WindowId window) {
   return visible.isEmpty();
 }
 
+bool isInFront(const Stack& stack, WindowId window) {
+  const auto own = std::ranges::find(stack, window, &StackedWindow::id);
+  return own != stack.end() && std::none_of(own, stack.end(), [&own](const StackedWindow& other) {
+           return isForeignOrdinary(other) && other.rect.intersects(own->rect);
+         });
+}
+
+bool isOvertopped(const Stack& stack, WindowId window) {
+  const auto own = std::ranges::find(stack, window, &StackedWindow::id);
+  return own == stack.end() || std::any_of(own, stack.end(), [&own](const StackedWindow& other) {
+           return isForeignOrdinary(other) && other.rect.contains(own->rect);
+         });
+}
+
 }  // namespace velicor::desktop

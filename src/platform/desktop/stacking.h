@@ -55,4 +55,11 @@ std::vector<RestackStep> restackSteps(Stack stack);
 // not in the stack can't be seen either.
 bool isCovered(const Stack& stack, WindowId window);
 
+// Whether no ordinary window of another program stands above any part of this one.
+bool isInFront(const Stack& stack, WindowId window);
+
+// Whether one ordinary window of another program, see-through or not, stands above this one and covers all of
+// it. True too of a window that is not in the stack.
+bool isOvertopped(const Stack& stack, WindowId window);
+
 }  // namespace velicor::desktop

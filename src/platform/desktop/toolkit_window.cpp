@@ -25,6 +25,7 @@ namespace velicor::desktop::toolkit {
 namespace {
 
 constexpr const char* levelProperty = "velicorLevel";
+constexpr const char* bypassingProperty = "velicorBypassing";
 
 // None on another platform than X11, such as the off-screen one.
 xcb_connection_t* connection() {
@@ -199,10 +200,64 @@ void setBlurBehind(WindowId window, const QRegion& parts) {
   setNumbers(window, property, XCB_ATOM_CARDINAL, values);
 }
 
+namespace {
+
+// Which the toolkit adds to, and whoever manages the window.
+void setStateBeforeMap(WindowId window, xcb_atom_t state, bool on) {
+  const xcb_atom_t property = atom("_NET_WM_STATE");
+  const auto present = reply(xcb_get_property_reply,
+                             xcb_get_property(connection(), 0, window, property, XCB_ATOM_ATOM, 0, 64));
+  std::vector<std::uint32_t> states;
+  if (present && present->format == 32) {
+    const auto* first = static_cast<const std::uint32_t*>(xcb_get_property_value(present.get()));
+    states.assign(first, first + present->value_len);
+  }
+  std::erase(states, state);
+  if (on) states.push_back(state);
+  setNumbers(window, property, XCB_ATOM_ATOM, states);
+}
+
+void askManager(WindowId window, std::string_view what, const std::array<std::uint32_t, 4>& values) {
+  xcb_client_message_event_t event{};
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = window;
+  event.type = atom(what);
+  std::ranges::copy(values, event.data.data32);
+  forget(xcb_send_event_checked(connection(), 0, root(),
+                                XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                                reinterpret_cast<const char*>(&event)));
+}
+
+constexpr std::uint32_t fromApplication = 1;
+
+// The state of a window that is on the screen is the manager's to change.
+void setState(WindowId window, std::string_view name, bool on) {
+  const xcb_atom_t state = atom(name);
+  if (!isViewable(window)) return setStateBeforeMap(window, state, on);
+  askManager(window, "_NET_WM_STATE", {on ? 1U : 0U, state, 0, fromApplication});
+}
+
+}  // namespace
+
 void joinAllDesktops(WindowId window) {
   if (window == 0) return;
   const std::uint32_t all = UINT32_MAX;
-  setNumbers(window, atom("_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, {&all, 1});
+  if (isViewable(window)) {
+    askManager(window, "_NET_WM_DESKTOP", {all, fromApplication, 0, 0});
+  } else {
+    setNumbers(window, atom("_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, {&all, 1});
+  }
+  // xfwm4 takes the number for one beyond the last desktop, unless the window is sticky too.
+  setState(window, "_NET_WM_STATE_STICKY", true);
+}
+
+void setBypassing(QWidget& window, bool bypassing) {
+  if (!connection()) return;
+  window.setProperty(bypassingProperty, bypassing);
+  const std::uint32_t value = bypassing ? 1 : 0;
+  forget(xcb_change_window_attributes_checked(connection(), identifierOf(window), XCB_CW_OVERRIDE_REDIRECT,
+                                              &value));
 }
 
 // What else the toolkit has said in the property stays.
@@ -223,48 +278,14 @@ void fixSize(WindowId window, const DeviceRect& rect) {
   setNumbers(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, hints);
 }
 
-namespace {
-
-// What the manager has made of it stays, but for these two.
-void setStateBeforeMap(WindowId window, const std::array<xcb_atom_t, 2>& left, bool listed) {
-  const auto present = reply(xcb_get_property_reply,
-                             xcb_get_property(connection(), 0, window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, 0, 64));
-  std::vector<std::uint32_t> states;
-  if (present && present->format == 32) {
-    const auto* first = static_cast<const std::uint32_t*>(xcb_get_property_value(present.get()));
-    states.assign(first, first + present->value_len);
-  }
-  std::erase_if(states, [&left](std::uint32_t state) { return std::ranges::find(left, state) != left.end(); });
-  if (!listed) states.insert(states.end(), left.begin(), left.end());
-  setNumbers(window, atom("_NET_WM_STATE"), XCB_ATOM_ATOM, states);
-}
-
-// The state of a window that is on the screen is the manager's to change.
-void askForState(WindowId window, const std::array<xcb_atom_t, 2>& left, bool listed) {
-  xcb_client_message_event_t event{};
-  event.response_type = XCB_CLIENT_MESSAGE;
-  event.format = 32;
-  event.window = window;
-  event.type = atom("_NET_WM_STATE");
-  event.data.data32[0] = listed ? 0 : 1;
-  event.data.data32[1] = left[0];
-  event.data.data32[2] = left[1];
-  event.data.data32[3] = 1;  // from an application
-  forget(xcb_send_event_checked(connection(), 0, root(),
-                                XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                                reinterpret_cast<const char*>(&event)));
-}
-
-}  // namespace
-
 void setInTaskbar(QWidget& window, bool listed) {
   if (!connection() || !isManaged(window)) return;
   const WindowId id = identifierOf(window);
   // Lists leave out utility windows whatever their state.
   const xcb_atom_t type = atom(listed ? "_NET_WM_WINDOW_TYPE_NORMAL" : "_NET_WM_WINDOW_TYPE_UTILITY");
   setNumbers(id, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM, {&type, 1});
-  const std::array left{atom("_NET_WM_STATE_SKIP_TASKBAR"), atom("_NET_WM_STATE_SKIP_PAGER")};
-  window.isVisible() ? askForState(id, left, listed) : setStateBeforeMap(id, left, listed);
+  setState(id, "_NET_WM_STATE_SKIP_TASKBAR", !listed);
+  setState(id, "_NET_WM_STATE_SKIP_PAGER", true);
 }
 
 void forgetPicture(QWidget& window) {
@@ -297,7 +318,8 @@ std::vector<ShownWindow> shownWindows() {
     const Qt::WindowFlags flags = window->windowFlags();
     // Menus and tooltips of ours place themselves; only panels are placed by us.
     const bool bypassing =
-        flags.testFlag(Qt::X11BypassWindowManagerHint) && window->property(levelProperty).isValid();
+        window->property(bypassingProperty).toBool() ||
+        (flags.testFlag(Qt::X11BypassWindowManagerHint) && window->property(levelProperty).isValid());
     shown.push_back({static_cast<WindowId>(window->windowHandle()->winId()), {levelOf(*window), bypassing}});
   }
   return shown;

@@ -73,13 +73,18 @@ void removeShadow(WindowId window);
 void setBlurBehind(WindowId window, const QRegion& parts);
 
 // Asks the window manager to show the window on every desktop. To be set again before every map: it forgets.
+// Once more when it has taken the window: some heed only what is asked of them then.
 void joinAllDesktops(WindowId window);
+
+// Whether the window bypasses the window manager from its next map on, whatever the toolkit's flags say.
+// Between two maps, once the manager has let go of it.
+void setBypassing(QWidget& window, bool bypassing);
 
 // Tells the window manager that the window has this one size. To be set again after every map.
 void fixSize(WindowId window, const DeviceRect& rect);
 
-// Whether lists of windows, such as a taskbar, have an entry for a window that the manager knows. To be said
-// again before every map: the manager forgets.
+// Whether the taskbar has an entry for a window that the manager knows; pagers never have. To be said again
+// before every map: the manager forgets.
 void setInTaskbar(QWidget& window, bool listed);
 
 // For a hidden window: what it showed last leaves the toolkit's memory. It is painted anew when it is shown.

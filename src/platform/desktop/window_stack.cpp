@@ -30,10 +30,14 @@ void WindowStack::handle(const ServerEvent& event) {
     case XCB_CIRCULATE_NOTIFY:
       treeDirty_ = true;
       return refreshSoon();
-    case XCB_REPARENT_NOTIFY:
-      topLevels_.erase(event.as<xcb_reparent_notify_event_t>().window);
+    case XCB_REPARENT_NOTIFY: {
+      const auto& reparented = event.as<xcb_reparent_notify_event_t>();
+      topLevels_.erase(reparented.window);
+      // Managers may be late with their lists of clients: i3 is by one full-screen window.
+      frames_.insert(reparented.parent);
       treeDirty_ = clientsDirty_ = true;
       return refreshSoon();
+    }
     case XCB_MAP_NOTIFY:
       // Whether a window is see-through is asked again whenever it appears.
       facts_.erase(event.as<xcb_map_notify_event_t>().window);
@@ -99,6 +103,7 @@ void WindowStack::readTree() {
   order_.assign(children, children + xcb_query_tree_children_length(tree->get()));
   const std::set<WindowId> present(order_.begin(), order_.end());
   std::erase_if(facts_, [&](const auto& entry) { return !present.contains(entry.first); });
+  std::erase_if(frames_, [&](WindowId frame) { return !present.contains(frame); });
   std::vector<WindowId> unknown;
   std::ranges::copy_if(order_, std::back_inserter(unknown),
                        [&](WindowId id) { return !facts_.contains(id); });
@@ -162,7 +167,7 @@ WindowId WindowStack::topLevelOf(WindowId window) {
 }
 
 Stack WindowStack::compose() {
-  std::set<WindowId> managed;
+  std::set<WindowId> managed = frames_;
   for (const WindowId client : clients_)
     managed.insert(topLevelOf(client));
   std::map<WindowId, OwnWindow> own;
@@ -191,9 +196,21 @@ void WindowStack::restack() {
   server_.connection().flush();
 }
 
-bool WindowStack::isCovered(WindowId window) const {
+WindowId WindowStack::knownTopLevelOf(WindowId window) const {
   const auto framed = topLevels_.find(window);
-  return desktop::isCovered(stack_, framed == topLevels_.end() ? window : framed->second);
+  return framed == topLevels_.end() ? window : framed->second;
+}
+
+bool WindowStack::isCovered(WindowId window) const {
+  return desktop::isCovered(stack_, knownTopLevelOf(window));
+}
+
+bool WindowStack::isInFront(WindowId window) const {
+  return desktop::isInFront(stack_, knownTopLevelOf(window));
+}
+
+bool WindowStack::isOvertopped(WindowId window) const {
+  return desktop::isOvertopped(stack_, knownTopLevelOf(window));
 }
 
 bool WindowStack::isOwn(WindowId topLevel) const {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 #include "platform/desktop/stacking.h"
@@ -25,6 +26,13 @@ class WindowStack {
   // Whether nothing of our window can be seen for other programs' windows above it. `window` is the toolkit's
   // identifier; a frame around it is taken into account.
   bool isCovered(WindowId window) const;
+
+  // Whether no other program's window stands above any part of ours. `window` as above.
+  bool isInFront(WindowId window) const;
+
+  // Whether a window manager has put another program's window above the whole of ours, or ours away. `window`
+  // as above.
+  bool isOvertopped(WindowId window) const;
 
   // Whether a child of the root window is ours, or the frame around a window of ours.
   bool isOwn(WindowId topLevel) const;
@@ -52,6 +60,7 @@ class WindowStack {
   void readFacts(const std::vector<WindowId>& windows);
   void readClients();
   WindowId topLevelOf(WindowId window);
+  WindowId knownTopLevelOf(WindowId window) const;
   Stack compose();
   void restack();
 
@@ -61,6 +70,7 @@ class WindowStack {
   std::map<WindowId, Facts> facts_;
   std::map<WindowId, WindowId> topLevels_;  // of each managed client and each window of ours
   std::vector<WindowId> clients_;
+  std::set<WindowId> frames_;  // children of the root window that got a window of a client put into them
   Stack stack_;
   bool treeDirty_ = true;
   bool clientsDirty_ = true;

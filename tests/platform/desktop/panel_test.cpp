@@ -18,6 +18,7 @@
 #include "support/robot.h"
 #include "support/x11_main.h"
 #include "support/x_client.h"
+#include "support/xfce_manager.h"
 
 namespace velicor::desktop {
 namespace {
@@ -168,22 +169,53 @@ TEST_F(PanelTest, withNobodyToGiveItToTheKeyboardGoesWhereThePointerIs) {
   EXPECT_TRUE(waitUntil([&] { return focus() == XCB_INPUT_FOCUS_POINTER_ROOT; }));
 }
 
-TEST_F(PanelTest, staysAboveAFullScreenWindow) {
-  const test::WindowManager manager(xServer());
-  Panel panel(*desktop, PanelKind::bypassing, {600, 300, 100, 100});
-  panel.setLevel(3);
-  panel.orderFront();
-  ASSERT_TRUE(shown(panel));
+TEST_F(PanelTest, staysAboveAFullScreenWindowThatHasTheKeyboard) {
   const DeviceRect whole{0, 0, 1440, 900};
-  const xcb_window_t film = client.makeWindow(whole, {.managed = true});
-  const std::uint32_t state = client.atom("_NET_WM_STATE_FULLSCREEN");
-  xcb_change_property(client.raw(), XCB_PROP_MODE_REPLACE, film, client.atom("_NET_WM_STATE"), XCB_ATOM_ATOM,
-                      32, 1, &state);
-  client.map(film);
-  client.raise(film);
-  client.sync();
-  EXPECT_TRUE(waitUntil([&] { return isAbove(panel, whole); }));
-  EXPECT_FALSE(panel.isOccluded());
+  for (const char* name : {"openbox", "i3"}) {
+    SCOPED_TRACE(name);
+    const test::WindowManager manager(xServer(), name == std::string("i3")
+                                                     ? std::vector<std::string>{name, "-c", "/dev/null"}
+                                                     : std::vector<std::string>{name, "--sm-disable"});
+    Panel low(*desktop, PanelKind::bypassing, {600, 300, 100, 100});
+    low.setLevel(3);
+    low.orderFront();
+    KeyPanel high(*desktop, PanelKind::managed, {550, 250, 100, 100});
+    high.setLevel(4);
+    high.orderFront();
+    ASSERT_TRUE(waitUntil([&] { return toolkit::isViewable(idOf(low)) && toolkit::isViewable(idOf(high)); }));
+    const xcb_window_t film = client.makeWindow(whole, {.managed = true});
+    const std::uint32_t state = client.atom("_NET_WM_STATE_FULLSCREEN");
+    xcb_change_property(client.raw(), XCB_PROP_MODE_REPLACE, film, client.atom("_NET_WM_STATE"),
+                        XCB_ATOM_ATOM, 32, 1, &state);
+    client.map(film);
+    client.sync();
+    ASSERT_TRUE(waitUntil([&] { return focus() == film; }));
+    client.raise(film);
+    client.sync();
+    EXPECT_TRUE(waitUntil([&] { return isAbove(low, whole) && isAbove(high, whole); }));
+    EXPECT_FALSE(low.isOccluded());
+    EXPECT_EQ(focus(), film);
+    EXPECT_TRUE(high.isBypassing()) << "no manager has it there by itself";
+    EXPECT_EQ(high.frame(), (DesktopRect{550, 250, 100, 100}));
+
+    robot.click({570, 630});
+    EXPECT_TRUE(waitUntil([&] { return focus() == idOf(high) && high.isKey(); }));
+    high.orderOut();
+    EXPECT_TRUE(waitUntil([&] { return focus() == film; }));
+    client.destroy(film);
+    client.sync();
+    high.orderFront();
+    EXPECT_TRUE(waitUntil([&] { return toolkit::isViewable(idOf(high)); }));
+    EXPECT_EQ(high.isBypassing(), name == std::string("i3")) << "its place is in the manager's hands again";
+  }
+}
+
+TEST_F(PanelTest, isOnAllDesktopsOfAManagerThatWantsItSaidTwice) {
+  const test::XfceManager manager(xServer(), test::XfceManager::Way::plain);
+  Panel panel(*desktop, PanelKind::managed, {600, 300, 200, 200});
+  panel.orderFront();
+  EXPECT_TRUE(waitUntil([&] { return toolkit::isViewable(idOf(panel)); }));
+  EXPECT_FALSE(panel.isBypassing());
 }
 
 TEST_F(PanelTest, managedPanelsOfAHigherLevelStayAboveTheLoupe) {

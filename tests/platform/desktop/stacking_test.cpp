@@ -103,6 +103,18 @@ TEST(Stacking, coveredMeansNoPixelIsLeft) {
   EXPECT_TRUE(isCovered({left}, loupe));
 }
 
+TEST(Stacking, overtoppedMeansOneOrdinaryWindowAboveAllOfIt) {
+  const StackedWindow left = ordinary(20, {0, 0, 200, 1000});
+  const StackedWindow right = ordinary(21, {200, 0, 200, 1000});
+  EXPECT_TRUE(isOvertopped({ownManaged(scopes, 4), ordinary(10)}, scopes));
+  EXPECT_FALSE(isOvertopped({ordinary(10), ownManaged(scopes, 4)}, scopes));
+  EXPECT_FALSE(isOvertopped({ownManaged(scopes, 4), left, right}, scopes)) << "a message, for example";
+  EXPECT_FALSE(isOvertopped({ownManaged(scopes, 4), popup(20), bypassing(loupe, 3)}, scopes));
+  EXPECT_TRUE(isOvertopped({ordinary(10)}, scopes)) << "it was put away";
+  EXPECT_FALSE(isInFront({ownManaged(scopes, 4), left}, scopes));
+  EXPECT_TRUE(isInFront({left, ownManaged(scopes, 4), popup(20), bypassing(loupe, 3)}, scopes));
+}
+
 TEST(Stacking, whatCanBeSeenThroughOrIsOursCoversNothing) {
   StackedWindow glass = popup(20, {0, 0, 1000, 1000});
   glass.opaque = false;
