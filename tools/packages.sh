@@ -1,5 +1,5 @@
-# Sourced by ./run, ./test and benchmarks/beside_peers: sees to it that the packages of packaging/debian-packages are
-# installed.
+# Sourced by ./run, ./test, benchmarks/beside_peers and tools/desktops: sees to it that the packages of
+# packaging/debian-packages are installed.
 
 # velicor_packages TOP [PART…]: what everybody needs, and the parts asked for.
 velicor_packages() {

@@ -1,12 +1,14 @@
 // A test card for Velicor: skin patches on and off the skin line, a grey ramp, saturated hues, and a soft
 // portrait-like gradient.
 //
-//   velicor-sample FILE.png    writes the picture
-//   velicor-sample --show      shows it in a window; one pixel in its corner blinks ten times a second
+//   velicor-sample FILE.png       writes the picture
+//   velicor-sample --show         shows it in a window; one pixel in its corner blinks ten times a second
+//   velicor-sample --full-screen  the same over the whole screen
 #include <QApplication>
 #include <QImage>
 #include <QPainter>
 #include <QRadialGradient>
+#include <QScreen>
 #include <QTimer>
 #include <QWidget>
 
@@ -97,7 +99,7 @@ class SampleWindow : public QWidget {
  public:
   SampleWindow() : picture_(samplePicture()) {
     setWindowTitle("Sample picture");
-    setFixedSize(picture_.size());
+    resize(picture_.size());
     connect(&blink_, &QTimer::timeout, this, [this] {
       on_ = !on_;
       update(0, 0, 1, 1);
@@ -108,7 +110,7 @@ class SampleWindow : public QWidget {
  protected:
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
-    painter.drawImage(0, 0, picture_);
+    painter.drawImage(rect(), picture_);
     painter.fillRect(0, 0, 1, 1, on_ ? QColor(Qt::white) : ground);
   }
 
@@ -118,19 +120,30 @@ class SampleWindow : public QWidget {
   bool on_ = false;
 };
 
+int show(int argc, char** argv, bool fullScreen) {
+  QApplication application(argc, argv);
+  SampleWindow window;
+  if (fullScreen) {
+    // Also where no window manager sees to it.
+    window.setGeometry(window.screen()->geometry());
+    window.showFullScreen();
+  } else {
+    window.setFixedSize(window.size());
+    window.show();
+  }
+  return QApplication::exec();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && std::string_view(argv[1]) == "--show") {
-    QApplication application(argc, argv);
-    SampleWindow window;
-    window.show();
-    return QApplication::exec();
-  }
   if (argc != 2) {
-    std::fprintf(stderr, "usage: velicor-sample FILE.png | --show\n");
+    std::fprintf(stderr, "usage: velicor-sample FILE.png | --show | --full-screen\n");
     return 64;
   }
+  const std::string_view argument = argv[1];
+  if (argument == "--show" || argument == "--full-screen")
+    return show(argc, argv, argument == "--full-screen");
   if (!samplePicture().save(argv[1])) {
     std::fprintf(stderr, "velicor-sample: can't write %s\n", argv[1]);
     return 73;
