@@ -43,6 +43,10 @@ class Window : public QWidget {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override {
+    if (event->key() == Qt::Key_Escape) {
+      close();
+      return;
+    }
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (!isReturn) return QWidget::keyPressEvent(event);
     // A key that is held down must not answer what only comes up meanwhile.
