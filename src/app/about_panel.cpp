@@ -21,7 +21,6 @@ namespace velicor {
 
 namespace {
 
-constexpr int panelLevel = 5;  // above the loupe and the scopes panel
 constexpr int textWidth = 340;
 constexpr QMargins padding(24, 8, 24, 24);
 constexpr int iconSide = 64;
@@ -104,7 +103,7 @@ class Content : public QWidget {
   }
 };
 
-desktop::Desktop*& installed() {
+desktop::Desktop*& aboutDesktop() {
   static desktop::Desktop* desktop = nullptr;
   return desktop;
 }
@@ -116,19 +115,19 @@ std::unique_ptr<controls::UtilityPanel>& made() {
 
 }  // namespace
 
-AboutPanel::Installation::Installation(desktop::Desktop& desktop) { installed() = &desktop; }
+AboutPanel::Installation::Installation(desktop::Desktop& desktop) { aboutDesktop() = &desktop; }
 
 AboutPanel::Installation::~Installation() {
   made().reset();
-  installed() = nullptr;
+  aboutDesktop() = nullptr;
 }
 
 void AboutPanel::show() {
-  if (!installed()) return;
+  if (!aboutDesktop()) return;
   auto& panel = made();
   if (!panel) {
     const QString title = QStringLiteral("About ") + QString::fromStdString(std::string(product::name));
-    panel = std::make_unique<controls::UtilityPanel>(*installed(), title, panelLevel, std::make_unique<Content>());
+    panel = std::make_unique<controls::UtilityPanel>(*aboutDesktop(), title, std::make_unique<Content>());
   }
   if (!panel->isVisible()) panel->centre();
   panel->makeKeyAndOrderFront();

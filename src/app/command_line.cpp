@@ -103,7 +103,7 @@ std::string entry(std::string name, std::string_view text) {
   return name + wrapped(text, textColumn);
 }
 
-std::string help() {
+std::string helpText() {
   std::string text = "Usage: " + std::string(usage()) + "\n\n" + wrapped(std::string(summary()) + ".", 0) +
                      wrapped(description(), 0) + "\nOptions:\n";
   for (const Option& option : options()) {
@@ -125,7 +125,7 @@ OrComplaint<CommandLine> carriedOut(const Given& given) {
     case Option::Meaning::quit: return wished(Wish::quit);
     case Option::Meaning::diagnose: return CommandLine{.task = CommandLine::Task::diagnose};
     case Option::Meaning::help:
-      std::cout << help() << std::flush;
+      std::cout << helpText() << std::flush;
       return ended(0);
     case Option::Meaning::version:
       std::cout << product::name << ' ' << runningVersion() << std::endl;

@@ -71,7 +71,7 @@ QString hideTitle() {
   return QStringLiteral("Hide to Menu Bar  (%1)").arg(QString::fromStdString(shortcut));
 }
 
-Menu help() {
+Menu helpMenu() {
   return {{.title = productName + " Help", .action = AboutPanel::show},
           {},
           {.title = QStringLiteral("Email Support…"), .action = [] { SupportMail::compose(); }},
@@ -92,7 +92,7 @@ Menu CommandMenus::commands() {
                            {},
                            {.title = "About " + productName, .action = AboutPanel::show}});
   if (updates::areIncluded()) menu.push_back({.title = QStringLiteral("Check for Updates…"), .action = updates::checkNow});
-  menu.push_back({.title = QStringLiteral("Help"), .submenu = help()});
+  menu.push_back({.title = QStringLiteral("Help"), .submenu = helpMenu()});
   menu.push_back({});
   menu.push_back({.title = "Quit " + productName,
                   .action = desktop::terminate,

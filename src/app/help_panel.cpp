@@ -18,8 +18,7 @@ using controls::Label;
 using controls::TextColor;
 using controls::TextFit;
 
-constexpr int panelLevel = 5;  // above the loupe and the scopes panel
-constexpr QMargins padding(24, 6, 24, 20);
+constexpr QMargins margins(24, 6, 24, 20);
 constexpr int howWidth = 196;
 constexpr int whatWidth = 256;
 constexpr int columnGap = 14;
@@ -30,10 +29,8 @@ constexpr controls::TextStyle placeStyle{.size = 11, .weight = QFont::DemiBold, 
 constexpr controls::TextStyle howStyle{.size = 11, .weight = QFont::Medium};
 constexpr controls::TextStyle whatStyle{.size = 11, .color = TextColor::secondary};
 
-QString text(std::string_view utf8) { return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size())); }
-
 QString howOf(const Gesture& gesture) {
-  if (gesture.how != globalShortcut) return text(gesture.how);
+  if (gesture.how != globalShortcut) return QString::fromUtf8(gesture.how);
   const HotKey& key = HotKey::shared();
   return QString::fromStdString(HotKey::displayString(key.keyCode(), key.modifiers()));
 }
@@ -51,22 +48,22 @@ class HelpPanel::Content : public QWidget {
   Content() : grid_(new QGridLayout(this)) {
     setFocusPolicy(Qt::StrongFocus);
     setAccessibleName(QStringLiteral("Keys and mouse"));
-    grid_->setContentsMargins(padding);
+    grid_->setContentsMargins(margins);
     grid_->setHorizontalSpacing(columnGap);
     grid_->setVerticalSpacing(rowGap);
     for (const GestureGroup& group : gestureGroups()) add(group);
-    const int width = padding.left() + howWidth + columnGap + whatWidth + padding.right();
+    const int width = margins.left() + howWidth + columnGap + whatWidth + margins.right();
     setFixedSize(width, grid_->totalHeightForWidth(width));
   }
 
  private:
   void add(const GestureGroup& group) {
     if (grid_->count() > 0) grid_->addItem(new QSpacerItem(0, groupGap), grid_->rowCount(), 0);
-    grid_->addWidget(new Label(text(group.place), placeStyle), grid_->rowCount(), 0, 1, 2);
+    grid_->addWidget(new Label(QString::fromUtf8(group.place), placeStyle), grid_->rowCount(), 0, 1, 2);
     for (const Gesture& gesture : group.gestures) {
       const int row = grid_->rowCount();
       grid_->addWidget(column(howOf(gesture), howStyle, howWidth), row, 0, Qt::AlignTop);
-      grid_->addWidget(column(text(gesture.what), whatStyle, whatWidth), row, 1, Qt::AlignTop);
+      grid_->addWidget(column(QString::fromUtf8(gesture.what), whatStyle, whatWidth), row, 1, Qt::AlignTop);
     }
   }
 
@@ -76,8 +73,8 @@ class HelpPanel::Content : public QWidget {
 HelpPanel::HelpPanel(desktop::Desktop& desktop) : desktop_(desktop) {}
 
 std::unique_ptr<controls::UtilityPanel> HelpPanel::make() {
-  const QString title = text(product::name) + QStringLiteral(" Keys");
-  return std::make_unique<controls::UtilityPanel>(desktop_, title, panelLevel, std::make_unique<Content>());
+  const QString title = QString::fromUtf8(product::name) + QStringLiteral(" Keys");
+  return std::make_unique<controls::UtilityPanel>(desktop_, title, std::make_unique<Content>());
 }
 
 // Made anew each time that it comes: the shortcut may be another one.

@@ -12,7 +12,7 @@ namespace velicor {
 namespace {
 
 // Both are emptied by Installation and never by the end of the process, which may come from inside a call.
-std::optional<AppState::Environment>& installed() {
+std::optional<AppState::Environment>& environmentInUse() {
   static auto* const environment = new std::optional<AppState::Environment>;
   return *environment;
 }
@@ -30,18 +30,18 @@ std::unique_ptr<AppState>& instance() {
 }  // namespace
 
 AppState::Installation::Installation(Environment environment) {
-  if (installed()) misuse("AppState: a second environment was installed");
-  installed().emplace(std::move(environment));
+  if (environmentInUse()) misuse("AppState: a second environment was installed");
+  environmentInUse().emplace(std::move(environment));
 }
 
 AppState::Installation::~Installation() {
   instance().reset();
-  installed().reset();
+  environmentInUse().reset();
 }
 
 AppState& AppState::shared() {
-  if (!installed()) misuse("AppState: the shared state was asked for before its environment was installed");
-  if (!instance()) instance() = std::make_unique<AppState>(*installed());
+  if (!environmentInUse()) misuse("AppState: the shared state was asked for before its environment was installed");
+  if (!instance()) instance() = std::make_unique<AppState>(*environmentInUse());
   return *instance();
 }
 

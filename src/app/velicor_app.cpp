@@ -45,8 +45,6 @@ namespace velicor {
 
 namespace {
 
-QString text(std::string_view utf8) { return QString::fromStdString(std::string(utf8)); }
-
 // Tooltips are painted by the toolkit, in these colours.
 void dressTooltips() {
   QPalette colours = QToolTip::palette();
@@ -57,9 +55,9 @@ void dressTooltips() {
 }
 
 void describeApplication() {
-  QApplication::setApplicationName(text(product::name));
-  QApplication::setApplicationVersion(text(product::version()));
-  QApplication::setDesktopFileName(text(product::identifier));
+  QApplication::setApplicationName(QString::fromUtf8(product::name));
+  QApplication::setApplicationVersion(QString::fromUtf8(product::version()));
+  QApplication::setDesktopFileName(QString::fromUtf8(product::identifier));
   QApplication::setWindowIcon(application_icon::make());
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(desktop::interfaceFont(12));

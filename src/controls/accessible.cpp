@@ -14,7 +14,7 @@ class AccessibleFacts : public QAccessibleWidget, public QAccessibleValueInterfa
 
   QString text(QAccessible::Text which) const override {
     if (which == QAccessible::Value) return facts_.accessibleValue();
-    const QString own = QAccessibleWidget::text(which);
+    QString own = QAccessibleWidget::text(which);
     if (!own.isEmpty()) return own;
     if (which == QAccessible::Description) return facts_.accessibleDescription();
     return which == QAccessible::Name ? facts_.accessibleText() : own;

@@ -14,11 +14,11 @@ namespace velicor::controls {
 
 namespace {
 
-constexpr int padding = 10;
+constexpr int titlePadding = 10;
 constexpr int narrowest = 48;
-constexpr double radius = 5;
+constexpr double buttonRadius = 5;
 
-QFont titleFont() { return desktop::interfaceFont(11, QFont::Medium); }
+QFont buttonFont() { return desktop::interfaceFont(11, QFont::Medium); }
 
 QColor groundOf(bool isDefault, Touch touch) {
   const QColor ground = isDefault ? look::accent : look::controlTrack;
@@ -56,20 +56,20 @@ bool PushButton::clickDefault(const QWidget& window) {
 }
 
 QSize PushButton::sizeHint() const {
-  const double text = QFontMetricsF(titleFont()).horizontalAdvance(title_);
-  return {std::max(narrowest, static_cast<int>(std::ceil(text)) + 2 * padding), controlHeight};
+  const double text = QFontMetricsF(buttonFont()).horizontalAdvance(title_);
+  return {std::max(narrowest, static_cast<int>(std::ceil(text)) + 2 * titlePadding), controlHeight};
 }
 
-double PushButton::outlineRadius() const { return radius; }
+double PushButton::outlineRadius() const { return buttonRadius; }
 
 void PushButton::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const QRectF body = pixelAligned(painter, rect());
-  painter.fillPath(desktop::continuousCorners(body, radius), groundOf(default_, touch()));
-  if (!default_) painter.fillPath(continuousBorder(body, radius, pixelWidth(painter, 1)), look::hairline);
+  painter.fillPath(desktop::continuousCorners(body, buttonRadius), groundOf(default_, touch()));
+  if (!default_) painter.fillPath(continuousBorder(body, buttonRadius, pixelWidth(painter, 1)), look::hairline);
   const QColor text = default_ ? QColor(Qt::black) : look::primaryText;
-  drawCentred(painter, body, titleFont(), touch() == Touch::disabled ? touched(text, Touch::disabled) : text,
+  drawCentred(painter, body, buttonFont(), touch() == Touch::disabled ? touched(text, Touch::disabled) : text,
               title_);
 }
 

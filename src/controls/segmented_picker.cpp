@@ -17,10 +17,10 @@ namespace velicor::controls {
 
 namespace {
 
-constexpr int padding = 10;
-constexpr double radius = 5;
+constexpr int segmentPadding = 10;
+constexpr double pickerRadius = 5;
 
-QFont titleFont(bool selected) {
+QFont segmentFont(bool selected) {
   return desktop::interfaceFont(11, selected ? QFont::DemiBold : QFont::Medium);
 }
 
@@ -69,12 +69,12 @@ int SegmentedPicker::indexAt(const QPointF& point) const {
 QSize SegmentedPicker::sizeHint() const {
   double widest = 0;
   for (const Segment& segment : segments_)
-    widest = std::max(widest, QFontMetricsF(titleFont(true)).horizontalAdvance(segment.title));
-  const int each = static_cast<int>(std::ceil(widest)) + 2 * padding;
+    widest = std::max(widest, QFontMetricsF(segmentFont(true)).horizontalAdvance(segment.title));
+  const int each = static_cast<int>(std::ceil(widest)) + 2 * segmentPadding;
   return {each * static_cast<int>(segments_.size()), controlHeight};
 }
 
-double SegmentedPicker::outlineRadius() const { return radius; }
+double SegmentedPicker::outlineRadius() const { return pickerRadius; }
 
 QString SegmentedPicker::accessibleValue() const {
   return selected_ < 0 ? QString() : segments_[static_cast<std::size_t>(selected_)].title;
@@ -143,18 +143,18 @@ void SegmentedPicker::paintEvent(QPaintEvent*) {
   const auto dimmed = [disabled = !isEnabled()](const QColor& color) {
     return disabled ? touched(color, Touch::disabled) : color;
   };
-  painter.fillPath(desktop::continuousCorners(pixelAligned(painter, rect()), radius), dimmed(look::hairline));
+  painter.fillPath(desktop::continuousCorners(pixelAligned(painter, rect()), pickerRadius), dimmed(look::hairline));
   for (std::size_t i = 0; i < segments_.size(); ++i) {
     const int index = static_cast<int>(i);
     const bool selected = index == selected_;
     const bool lit = selected || index == hovered_ || index == pressed_;
     const QRectF segment = pixelAligned(painter, segmentRect(i));
     if (selected)
-      painter.fillPath(desktop::continuousCorners(segment, radius), dimmed(look::controlTrackLit));
+      painter.fillPath(desktop::continuousCorners(segment, pickerRadius), dimmed(look::controlTrackLit));
     if (index == pressed_ && !selected)
-      painter.fillPath(desktop::continuousCorners(segment, radius), look::hairline);
+      painter.fillPath(desktop::continuousCorners(segment, pickerRadius), look::hairline);
     const QColor text = lit ? look::primaryText : look::secondaryText;
-    drawCentred(painter, segment, titleFont(selected), dimmed(text), segments_[i].title);
+    drawCentred(painter, segment, segmentFont(selected), dimmed(text), segments_[i].title);
   }
 }
 

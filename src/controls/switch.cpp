@@ -13,15 +13,15 @@ namespace velicor::controls {
 
 namespace {
 
-constexpr double trackWidth = 26;
-constexpr double trackHeight = 14;
+constexpr double switchWidth = 26;
+constexpr double switchHeight = 14;
 constexpr double knobInset = 1;
 constexpr double gap = 8;
 
-QFont titleFont() { return desktop::interfaceFont(11); }
+QFont switchFont() { return desktop::interfaceFont(11); }
 
 double titleWidth(const QString& title) {
-  return std::ceil(QFontMetricsF(titleFont()).horizontalAdvance(title));
+  return std::ceil(QFontMetricsF(switchFont()).horizontalAdvance(title));
 }
 
 QColor mix(const QColor& a, const QColor& b, double share) {
@@ -72,14 +72,14 @@ void Switch::activate() {
 }
 
 QSize Switch::sizeHint() const {
-  return {static_cast<int>(titleWidth(title_) + gap + trackWidth), controlHeight};
+  return {static_cast<int>(titleWidth(title_) + gap + switchWidth), controlHeight};
 }
 
 QRectF Switch::outline() const {
-  return {width() - trackWidth, (height() - trackHeight) / 2, trackWidth, trackHeight};
+  return {width() - switchWidth, (height() - switchHeight) / 2, switchWidth, switchHeight};
 }
 
-double Switch::outlineRadius() const { return trackHeight / 2; }
+double Switch::outlineRadius() const { return switchHeight / 2; }
 
 void Switch::describeState(QAccessible::State& state) const {
   state.checkable = true;
@@ -91,7 +91,7 @@ void Switch::paintEvent(QPaintEvent*) {
   painter.setRenderHint(QPainter::Antialiasing);
   const QRectF title(0, 0, titleWidth(title_), height());
   const Touch state = touch();
-  drawCentred(painter, title, titleFont(),
+  drawCentred(painter, title, switchFont(),
               state == Touch::disabled ? touched(look::primaryText, state) : look::primaryText, title_);
   const QRectF track = pixelAligned(painter, outline());
   const TrackColors colors = trackColors(state);

@@ -14,6 +14,8 @@ namespace velicor::controls {
 
 namespace {
 
+constexpr int panelLevel = 5;  // above the loupe and the scopes panel
+
 constexpr int buttonLeft = 8;
 constexpr TextStyle titleStyle{.size = 11, .weight = QFont::DemiBold, .color = TextColor::secondary};
 
@@ -51,11 +53,10 @@ PlainButton& addCloseButton(QWidget& ground) {
 
 }  // namespace
 
-UtilityPanel::UtilityPanel(desktop::Desktop& desktop, const QString& title, int level,
-                           std::unique_ptr<QWidget> content)
+UtilityPanel::UtilityPanel(desktop::Desktop& desktop, const QString& title, std::unique_ptr<QWidget> content)
     : Panel(desktop, desktop::PanelKind::managed, frameAround(*content)), content_(content.get()) {
   setTitle(title.toStdString());
-  setLevel(level);
+  setLevel(panelLevel);
   setMovableByBackground(true);
   auto ground = std::make_unique<Ground>(desktop);
   ground->resize(content_->width(), content_->height() + titleHeight);

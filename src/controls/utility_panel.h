@@ -8,12 +8,12 @@
 
 namespace velicor::controls {
 
-// A small panel beside the program's two: its content on the panels' ground, under a strip with its title and
+// A small panel beside the program's two, and above them: its content on the panels' ground, under a strip with its title and
 // a close button, by which the mouse also moves it. Closing, by that or by Escape, only orders it out. Main thread.
 class UtilityPanel : public desktop::Panel {
  public:
   // Of the content's size, the strip on top of that. Keys go to the content.
-  UtilityPanel(desktop::Desktop& desktop, const QString& title, int level, std::unique_ptr<QWidget> content);
+  UtilityPanel(desktop::Desktop& desktop, const QString& title, std::unique_ptr<QWidget> content);
 
   static constexpr int titleHeight = 22;
 

@@ -29,14 +29,8 @@ DesktopRect centredOn(const DesktopRect& screen, DesktopSize size) {
   return {screen.midX() - size.width / 2, screen.midY() - size.height / 2, size.width, size.height};
 }
 
-std::optional<desktop::Screen> startScreen(const desktop::ScreenList& list) {
-  if (const auto main = list.mainScreen()) return main;
-  const std::vector<desktop::Screen> all = list.screens();
-  return all.empty() ? std::nullopt : std::optional(all.front());
-}
-
 std::unique_ptr<KeyablePanel> makePanel(desktop::Desktop& desktop) {
-  const auto screen = startScreen(desktop.screens());
+  const auto screen = desktop::mainOrFirst(desktop.screens());
   auto panel = std::make_unique<KeyablePanel>(
       desktop, desktop::PanelKind::bypassing,
       centredOn(screen ? screen->frame : DesktopRect{}, {firstSide, firstSide}));
@@ -142,7 +136,7 @@ void LoupeController::watchScreens() {
 void LoupeController::followScreens() {
   hidePanelHint();
   const DesktopRect frame = panel_->frame();
-  if (const auto screen = startScreen(desktop_.screens())) {
+  if (const auto screen = desktop::mainOrFirst(desktop_.screens())) {
     const std::vector<desktop::Screen> before = std::exchange(screens_, desktop_.screens().screens());
     const bool stranded = before.empty() || (desktop::isWithinReach(frame, before) && !desktop::isWithinReach(frame, screens_));
     if (stranded) panel_->setFrame(centredOn(screen->frame, {frame.width, frame.height}));

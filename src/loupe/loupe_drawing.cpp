@@ -19,7 +19,7 @@ namespace {
 constexpr double outlineWidth = 2;
 constexpr double focusRingInset = 4;
 constexpr double handleSide = 6;
-constexpr double cornerRadius = 3;
+constexpr double chipRadius = 3;
 constexpr double symbolInset = 2;
 constexpr double labelSize = 11;
 
@@ -71,7 +71,7 @@ class FramePainter {
   void drawChip(const FrameRect& rect, std::string_view symbol, double alpha) {
     const QRectF chip = aligned(rect);
     painter_.setBrush(look::faded(look::systemYellow, 0.95 * alpha));
-    painter_.drawRoundedRect(chip, cornerRadius, cornerRadius);
+    painter_.drawRoundedRect(chip, chipRadius, chipRadius);
     painter_.setOpacity(alpha);
     desktop::drawSymbol(painter_, symbol, aligned(rect.insetBy(symbolInset, symbolInset)), Qt::black,
                         desktop::SymbolWeight::bold);
@@ -88,7 +88,7 @@ class FramePainter {
     const QRectF ground =
         aligned({r.minX() + 6, r.maxY() - size.height() - 10, size.width() + 10, size.height() + 4});
     painter_.setBrush(base_);
-    painter_.drawRoundedRect(ground, cornerRadius, cornerRadius);
+    painter_.drawRoundedRect(ground, chipRadius, chipRadius);
     painter_.setPen(Qt::black);
     desktop::drawTabular(painter_, ground.topLeft() + QPointF(5, 2), font, text);
     painter_.setPen(Qt::NoPen);

@@ -17,7 +17,7 @@ namespace {
 
 constexpr double padding = 2;
 constexpr QSizeF textPadding(10, 6);  // on each side
-constexpr double cornerRadius = 8;
+constexpr double bubbleRadius = 8;
 constexpr QSizeF pointer(12, 6);
 constexpr double distanceToChip = 8;
 constexpr double distanceToScreenEdge = 4;
@@ -54,7 +54,7 @@ QRectF PanelHintBubble::ground() const {
 
 QPainterPath PanelHintBubble::outline() const {
   const QRectF body = ground();
-  QPainterPath path = desktop::continuousCorners(body, cornerRadius);
+  QPainterPath path = desktop::continuousCorners(body, bubbleRadius);
   path.setFillRule(Qt::WindingFill);
   const QPointF corner(body.center().x() - pointer.width() / 2, body.bottom());
   path.addPath(Triangle::path(QRectF(corner, pointer)));

@@ -30,16 +30,14 @@ using desktop::ActivationPolicy;
 
 constexpr auto dockExitDelay = std::chrono::milliseconds(600);
 
-QString text(std::string_view utf8) { return QString::fromStdString(std::string(utf8)); }
-
 tray::TemplateIcon statusIcon() {
   return {status_icon::side, [](QPainter& painter) { status_icon::draw(painter, Qt::black); },
-          text(product::identifier) + QStringLiteral("-symbolic")};
+          QString::fromUtf8(product::identifier) + QStringLiteral("-symbolic")};
 }
 
 QString shortcutText() {
   const HotKey& key = HotKey::shared();
-  return text(HotKey::displayString(key.keyCode(), key.modifiers()));
+  return QString::fromUtf8(HotKey::displayString(key.keyCode(), key.modifiers()));
 }
 
 }  // namespace
@@ -53,7 +51,7 @@ MenuBarController::MenuBarController(AppState& state, LoupeController& loupe, Sc
       loupe_(loupe),
       scopes_(scopes),
       environment_(environment),
-      statusItem_(std::make_unique<tray::StatusItem>(environment.desktop, environment.clock, text(product::name),
+      statusItem_(std::make_unique<tray::StatusItem>(environment.desktop, environment.clock, QString::fromUtf8(product::name),
                                                      statusIcon())),
       shownMode_(state.mode()),
       life_(std::make_shared<MenuBarController*>(this)) {
@@ -89,7 +87,7 @@ const desktop::Menu& MenuBarController::menu() const { return statusItem_->menu(
 
 void MenuBarController::rebuildMenu() {
   shownMode_ = state_.mode();
-  const QString name = text(product::name);
+  const QString name = QString::fromUtf8(product::name);
   desktop::Menu menu{
       {.title = isHidden_ ? "Show " + name : QStringLiteral("Hide to Menu Bar"), .action = [this] { toggle(); }},
       {.title = "Shortcut: " + shortcutText(), .action = [this] { beginShortcutChange(); }},

@@ -11,7 +11,6 @@ namespace velicor {
 namespace {
 
 constexpr QSize contentSize(380, 150);
-constexpr int windowLevel = 5;
 
 }  // namespace
 
@@ -27,7 +26,7 @@ ShortcutRecorder::ShortcutRecorder(desktop::Desktop& desktop, settings::Settings
     apply(life, settings, HotKey::defaultKeyCode, HotKey::defaultModifiers);
   };
   const QString title = QString::fromStdString(std::string(product::name) + " Shortcut");
-  panel_ = std::make_unique<controls::UtilityPanel>(desktop, title, windowLevel, std::move(view));
+  panel_ = std::make_unique<controls::UtilityPanel>(desktop, title, std::move(view));
 }
 
 ShortcutRecorder::~ShortcutRecorder() = default;

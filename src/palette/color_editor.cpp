@@ -19,9 +19,9 @@ using controls::Label;
 using controls::TextColor;
 
 constexpr int wholeWidth = 236;  // paddings included
-constexpr int padding = 14;
-constexpr int spacing = 12;
-constexpr int headerSpacing = 10;
+constexpr int popoverPadding = 14;
+constexpr int groupSpacing = 12;
+constexpr int patchSpacing = 10;
 constexpr int channelRowSpacing = 6;
 constexpr int itemSpacing = 8;
 constexpr int channelLabelWidth = 10;
@@ -48,8 +48,8 @@ ColorPatch* ColorEditor::swatch(const Palette::RGB& rgb, const QSize& size, doub
 
 ColorEditor::ColorEditor(const Palette::RGB& rgb, QWidget* parent) : QWidget(parent), rgb_(rgb) {
   setFixedWidth(wholeWidth);
-  auto* items = controls::plainLayout<QVBoxLayout>(this, spacing);
-  items->setContentsMargins(padding, padding, padding, padding);
+  auto* items = controls::plainLayout<QVBoxLayout>(this, groupSpacing);
+  items->setContentsMargins(popoverPadding, popoverPadding, popoverPadding, popoverPadding);
   items->addWidget(header());
   presets_ = new PresetGrid;
   presets_->onPick = [this](const Palette::RGB& preset) { change(preset); };
@@ -83,7 +83,7 @@ void ColorEditor::refresh() {
 
 QWidget* ColorEditor::header() {
   auto* header = new QWidget;
-  auto* items = controls::plainLayout<QHBoxLayout>(header, headerSpacing);
+  auto* items = controls::plainLayout<QHBoxLayout>(header, patchSpacing);
   swatch_ = swatch(rgb_, swatchSize, swatchRadius);
   hex_ = new Label({}, hexStyle);
   items->addWidget(swatch_, 0, Qt::AlignVCenter);

@@ -13,7 +13,7 @@ using controls::Label;
 using controls::TextColor;
 using Mode = MetalProcessor::Mode;
 
-constexpr int padding = 8;  // above and below
+constexpr int legendPadding = 8;  // above and below
 constexpr int chipSpacing = 12;
 constexpr int labelSpacing = 5;
 constexpr int squareSide = 10;
@@ -26,7 +26,7 @@ constexpr QColor nonSkin(128, 128, 128);
 LegendView::LegendView(Mode mode, const Palette& palette, QWidget* parent)
     : QWidget(parent), mode_(mode), palette_(palette) {
   auto* layout = new QHBoxLayout(this);
-  layout->setContentsMargins(0, padding, 0, padding);
+  layout->setContentsMargins(0, legendPadding, 0, legendPadding);
   layout->setSpacing(0);
   rebuild();
 }

@@ -25,7 +25,7 @@ class LegendView : public QWidget {
 
  private:
   struct Entry {
-    const char* label;
+    const char* label = "";
     QColor color;
   };
   std::vector<Entry> entries() const;

@@ -13,7 +13,7 @@ namespace velicor {
 
 namespace {
 
-constexpr int spacing = 5;
+constexpr int presetSpacing = 5;
 constexpr QSize cellSize(20, 18);
 constexpr double cellRadius = 3;
 constexpr ColorPatch::Border plainBorder{1, 0.25};
@@ -26,7 +26,7 @@ ColorPatch& patchOf(const controls::PlainButton& cell) { return static_cast<Colo
 PresetGrid::PresetGrid(QWidget* parent) : QWidget(parent) {
   auto* grid = new QGridLayout(this);
   grid->setContentsMargins({});
-  grid->setSpacing(spacing);
+  grid->setSpacing(presetSpacing);
   for (std::size_t i = 0; i < presets.size(); ++i) {
     auto* patch = new ColorPatch(cellSize, cellRadius);
     patch->setColor(colorOf(presets[i]));

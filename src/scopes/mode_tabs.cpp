@@ -1,6 +1,7 @@
 #include "scopes/mode_tabs.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include <QHBoxLayout>
 #include <QKeyEvent>
@@ -47,7 +48,7 @@ controls::TextStyle styleOf(bool current) {
 class Underline : public QWidget {
  public:
   explicit Underline(bool shown) : presence_(shown ? 1 : 0, [this] { update(); }) {
-    setFixedHeight(static_cast<int>(underlineHeight + 0.5));
+    setFixedHeight(static_cast<int>(std::lround(underlineHeight)));
   }
 
   void setShown(bool shown) { presence_.moveTo(shown ? 1 : 0); }

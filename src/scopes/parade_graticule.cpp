@@ -33,7 +33,8 @@ QPen penFor(double level) {
 // Solid at the ends, else dashes with gaps of their length. The toolkit's own dashes are longer for thin pens.
 void drawLine(QPainter& painter, double level, double y, double width) {
   if (isEnd(level)) return painter.drawLine(QPointF(0, y), QPointF(width, y));
-  for (double x = 0; x < width; x += 2 * dash) {
+  for (int i = 0; 2 * dash * i < width; ++i) {
+    const double x = 2 * dash * i;
     painter.drawLine(QPointF(x, y), QPointF(std::min(x + dash, width), y));
   }
 }

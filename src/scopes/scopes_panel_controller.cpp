@@ -26,15 +26,9 @@ class ScopesPanel : public desktop::Panel {
   bool canBecomeKey() const override { return true; }
 };
 
-std::optional<desktop::Screen> placingScreen(const desktop::ScreenList& list) {
-  if (const auto main = list.mainScreen()) return main;
-  const std::vector<desktop::Screen> all = list.screens();
-  return all.empty() ? std::nullopt : std::optional(all.front());
-}
-
 // Without a screen, what the smallest scopes need.
 DesktopRect visibleFrameFor(const desktop::ScreenList& list) {
-  const auto screen = placingScreen(list);
+  const auto screen = desktop::mainOrFirst(list);
   return screen ? screen->visibleFrame
                 : DesktopRect{0, 0, scopes_geometry::panelWidth, scopes_geometry::smallestHeight()};
 }

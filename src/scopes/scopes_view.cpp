@@ -199,7 +199,7 @@ ScopeView* ScopesView::scope(const QString& name, double aspect,
   std::unique_ptr<LiveTextureView> live;
   if (const std::shared_ptr<MetalProcessor> processor = state_.processor) {
     const MetalTextureView view{processor->device(), velicorScopesReady,
-                                [processor, picture] { return picture(*processor); }};
+                                [processor, picture = std::move(picture)] { return picture(*processor); }};
     live = view.makeView(view.makeCoordinator());
     live->setCornerRadius(ScopeView::cornerRadius);
   }

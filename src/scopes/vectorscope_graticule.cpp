@@ -45,8 +45,8 @@ VectorscopeGraticule::Target targetOf(const Source& source) {
 // The parts of the graticule in one canvas.
 struct Plane {
   QPainter& painter;
-  double w;
-  double h;
+  double w = 0;
+  double h = 0;
   double cx = w * 0.5;
   double cy = h * 0.5;
   QColor grid = look::faded(Qt::white, gridOpacity);

@@ -19,7 +19,7 @@ std::string reasonOf(QTemporaryFile& file) {
   return file.errorString().toStdString();
 }
 
-tl::unexpected<Error> failed(Step step, const fs::path& path, const std::string& reason) {
+tl::unexpected<Error> fileError(Step step, const fs::path& path, const std::string& reason) {
   return failure("velicor.files", step, path.string() + ": " + reason);
 }
 
@@ -35,28 +35,28 @@ IncomingFile& IncomingFile::operator=(IncomingFile&&) noexcept = default;
 Result<IncomingFile> IncomingFile::create(const fs::path& folder) {
   std::error_code error;
   fs::create_directories(folder, error);
-  if (error) return failed(makeFolder, folder, error.message());
+  if (error) return fileError(makeFolder, folder, error.message());
   auto file =
       std::make_unique<QTemporaryFile>(QString::fromStdString((folder / ".incoming-XXXXXX").string()));
-  if (!file->open()) return failed(makeFile, folder, file->errorString().toStdString());
+  if (!file->open()) return fileError(makeFile, folder, file->errorString().toStdString());
   return IncomingFile(folder, std::move(file));
 }
 
 Status IncomingFile::append(const QByteArray& piece) {
   for (qint64 done = 0; done < piece.size();) {
     const qint64 taken = file_->write(piece.constData() + done, piece.size() - done);
-    if (taken <= 0) return failed(writeFile, folder_, reasonOf(*file_));
+    if (taken <= 0) return fileError(writeFile, folder_, reasonOf(*file_));
     done += taken;
   }
   return {};
 }
 
 Result<fs::path> IncomingFile::moveInto(const std::string& name) {
-  if (!file_->flush()) return failed(writeFile, folder_, reasonOf(*file_));
+  if (!file_->flush()) return fileError(writeFile, folder_, reasonOf(*file_));
   const fs::path place = folder_ / name;
   std::error_code error;
   fs::rename(file_->fileName().toStdString(), place, error);
-  if (error) return failed(moveFile, place, error.message());
+  if (error) return fileError(moveFile, place, error.message());
   file_->setAutoRemove(false);
   return place;
 }

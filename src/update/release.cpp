@@ -12,7 +12,7 @@ namespace velicor {
 
 namespace {
 
-constexpr qsizetype longestVersion = 64;
+constexpr qsizetype longestNamedVersion = 64;
 
 bool isSlash(char32_t c) { return c == U'/' || c == U'\\'; }
 
@@ -31,7 +31,7 @@ bool Release::runsOn(const OperatingSystem& system) const {
 
 std::optional<std::string> Release::imageName() const {
   const QList<uint> characters = QString::fromStdString(version).toUcs4();
-  const bool plain = characters.size() <= longestVersion &&
+  const bool plain = characters.size() <= longestNamedVersion &&
                      std::ranges::all_of(characters, [](uint c) { return QChar::isPrint(c) && !isSlash(c); });
   const bool onlyDots = std::ranges::all_of(characters, [](uint c) { return c == U'.'; });
   if (!plain || onlyDots) return std::nullopt;

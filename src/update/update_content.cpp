@@ -41,7 +41,7 @@ constexpr int symbolSpacing = 6;
 constexpr int buttonSpacing = 8;
 constexpr int noteSpacing = 4;
 
-constexpr qsizetype longestVersion = 64;
+constexpr qsizetype longestShownVersion = 64;
 
 // Notes that need more are scrolled.
 constexpr int highestNotes = 320;
@@ -125,7 +125,7 @@ void addNotes(QVBoxLayout& stack, const std::vector<std::string>& notes) {
 }
 
 void addRelease(QVBoxLayout& stack, const Release& release) {
-  const QString name = readable(productName + " ") + readable(release.version, longestVersion);
+  const QString name = readable(productName + " ") + readable(release.version, longestShownVersion);
   stack.addWidget(wrapped(name + " is available", titleBold));
   stack.addWidget(wrapped("You have " + UpdateChecker::currentVersion() + ".", callout));
   if (release.notes && !release.notes->empty()) addNotes(stack, *release.notes);

@@ -15,14 +15,14 @@ namespace velicor {
 namespace {
 
 constexpr std::string_view errorDomain = "velicor.web";
-enum ErrorCode { timedOut = 1, redirected, cutOff, cancelled, unreachable };
+enum TransferError { timedOut = 1, redirected, cutOff, cancelled, unreachable };
 
 // The pieces that a body is taken in. The library gets no limit for what it reads ahead: with one, it forgets
 // the last bytes of an encrypted body when the server closes at once, and the transfer stalls.
-constexpr qint64 pieceSize = 256 * 1024;
+constexpr qint64 pieceSize = 256LL * 1024;
 constexpr int mostRedirections = 5;
 
-tl::unexpected<Error> failed(ErrorCode code, std::string_view description) {
+tl::unexpected<Error> transferFailed(TransferError code, std::string_view description) {
   return failure(errorDomain, code, description);
 }
 
@@ -62,7 +62,7 @@ bool isOfStatus(const QNetworkReply& reply) {
 class WebSession::Transfer : public QObject {
  public:
   Transfer(WebRequest request, dispatch::Clock& clock) : request_(std::move(request)), clock_(clock) {}
-  ~Transfer() override { end(failed(cancelled, "the transfer was cancelled")); }
+  ~Transfer() override { end(transferFailed(cancelled, "the transfer was cancelled")); }
 
   void start(QNetworkAccessManager& network) {
     begun_ = lastSign_ = clock_.now();
@@ -92,9 +92,9 @@ class WebSession::Transfer : public QObject {
   void follow(const QUrl& url) {
     noteSign();
     if (request_.mayFollow(url)) {
-      emit reply_->redirectAllowed();
+      Q_EMIT reply_->redirectAllowed();
     } else {
-      end(failed(redirected, "redirected to " + url.toEncoded().toStdString()));
+      end(transferFailed(redirected, "redirected to " + url.toEncoded().toStdString()));
     }
   }
 
@@ -102,9 +102,9 @@ class WebSession::Transfer : public QObject {
     takePieces();
     if (!reply_) return;
     if (reply_->error() != QNetworkReply::NoError && !isOfStatus(*reply_)) {
-      end(failed(unreachable, reply_->errorString().toStdString()));
+      end(transferFailed(unreachable, reply_->errorString().toStdString()));
     } else if (isShort()) {
-      end(failed(cutOff, "the connection was closed before everything had come"));
+      end(transferFailed(cutOff, "the connection was closed before everything had come"));
     } else {
       end(statusOf(*reply_));
     }
@@ -121,7 +121,7 @@ class WebSession::Transfer : public QObject {
     const dispatch::Instant now = clock_.now();
     const dispatch::Duration left =
         std::min(request_.patience - (now - lastSign_), request_.allowance - (now - begun_));
-    if (left <= dispatch::Duration::zero()) return end(failed(timedOut, "the request timed out"));
+    if (left <= dispatch::Duration::zero()) return end(transferFailed(timedOut, "the request timed out"));
     clock_.callAfter(left, [this, life = std::weak_ptr<const bool>(life_)] {
       if (!life.expired()) watch();
     });

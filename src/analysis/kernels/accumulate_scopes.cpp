@@ -77,7 +77,7 @@ class Band {
   }
 
   void moveTo(std::span<std::uint32_t> parade, std::size_t firstColumn) {
-    moveCounters(table_.data(), bandColumns, &parade[firstColumn], scopeBins, 3 * scopeBins);
+    moveCounters(table_.data(), bandColumns, &parade[firstColumn], scopeBins, 3UL * scopeBins);
   }
 
  private:

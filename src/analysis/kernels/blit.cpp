@@ -16,6 +16,7 @@ namespace {
 // outside.
 std::int64_t position(double coordinate, int count) {
   constexpr std::int64_t texels = 4;
+  // NOLINTNEXTLINE(bugprone-incorrect-roundings): as the other devices round
   return static_cast<std::int64_t>((coordinate * count - 0.5 + texels) * 256 + 0.5) - texels * 256;
 }
 

@@ -74,8 +74,8 @@ void renderVectorscope(const gpu::NativeArguments& arguments, gpu::GridRange ran
   const gpu::NativeImage& image = arguments.texture(0);
   const int width = std::min({range.width, image.width, vectorscopeSide});
   const int endRow = std::min({range.endRow, image.height, vectorscopeSide});
-  std::array<Packed, scopeBins> bins;
-  std::array<Packed, vectorscopeSide> pixels;
+  std::array<Packed, scopeBins> bins{};
+  std::array<Packed, vectorscopeSide> pixels{};
   int drawn = -1;
   for (int y = range.firstRow; y < endRow; ++y) {
     if (y / 2 != drawn) {
@@ -96,7 +96,7 @@ void renderParade(const gpu::NativeArguments& arguments, gpu::GridRange range) {
   const gpu::NativeImage& image = arguments.texture(0);
   const int width = std::min({range.width, image.width, paradeWidth});
   const int endRow = std::min({range.endRow, image.height, paradeHeight});
-  std::array<Packed, paradeWidth> pixels;
+  std::array<Packed, paradeWidth> pixels{};
   pixels.fill(opaque(0, 0, 0));
   for (int y = range.firstRow; y < endRow; ++y) {
     const auto level = static_cast<std::size_t>(paradeHeight - 1 - y);

@@ -17,12 +17,12 @@ template <typename Result, typename... Arguments, std::size_t room>
 class Callable<Result(Arguments...), room> {
  public:
   Callable() = default;
-  Callable(std::nullptr_t) {}  // NOLINT(google-explicit-constructor): as a function object
+  Callable(std::nullptr_t) {}
 
   template <typename Function>
   requires(!std::is_same_v<std::remove_cvref_t<Function>, Callable> &&
            std::is_invocable_r_v<Result, std::decay_t<Function>&, Arguments...>)
-      Callable(Function&& function) {  // NOLINT(google-explicit-constructor): as a function object
+      Callable(Function&& function) {  // NOLINT(bugprone-forwarding-reference-overload)
     using Kept = std::decay_t<Function>;
     if constexpr (fits<Kept>) {
       new (place_) Kept(std::forward<Function>(function));
@@ -83,7 +83,7 @@ class Callable<Result(Arguments...), room> {
     if (const Kind* const kind = std::exchange(kind_, nullptr)) kind->destroy(place_);
   }
 
-  alignas(std::max_align_t) mutable std::byte place_[room];
+  alignas(std::max_align_t) mutable std::byte place_[room] = {};
   const Kind* kind_ = nullptr;
 };
 

@@ -22,7 +22,7 @@ inline QColor faded(QColor color, double alpha) {
   return color;
 }
 
-// White at an opacity of 0…1.
+// White at an opacity of 0…1. NOLINTNEXTLINE(bugprone-incorrect-roundings): known to the compiler
 constexpr QColor white(double alpha) { return {255, 255, 255, static_cast<int>(alpha * 255 + 0.5)}; }
 
 inline constexpr QColor primaryText = white(0.92);

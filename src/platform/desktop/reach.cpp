@@ -27,6 +27,12 @@ DesktopRect movedInto(const DesktopRect& room, DesktopRect window) {
 
 }  // namespace
 
+std::optional<Screen> mainOrFirst(const ScreenList& list) {
+  if (auto main = list.mainScreen()) return main;
+  const std::vector<Screen> all = list.screens();
+  return all.empty() ? std::nullopt : std::optional(all.front());
+}
+
 bool isWithinReach(const DesktopRect& window, const std::vector<Screen>& screens) {
   return std::ranges::any_of(screens, [&window](const Screen& screen) {
     const DesktopRect part = seen(window, screen);

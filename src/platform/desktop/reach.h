@@ -8,6 +8,9 @@
 // Whether users can get at a window, and what is done for one that a change of screens has taken away. Pure functions.
 namespace velicor::desktop {
 
+// The main screen, or the first one where none is; none without screens.
+std::optional<Screen> mainOrFirst(const ScreenList& list);
+
 // Whether enough of it lies on one of the screens for the mouse to take hold of it.
 bool isWithinReach(const DesktopRect& window, const std::vector<Screen>& screens);
 

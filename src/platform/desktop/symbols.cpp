@@ -76,10 +76,10 @@ void drawSidebarRight(const Canvas& canvas) {
 }
 
 // A line through points of the grid as an area, with round ends and corners.
-QPainterPath strokedLine(const Canvas& canvas, const QPolygonF& gridPoints, bool closed = false) {
+QPainterPath strokedLine(const Canvas& canvas, const QList<QPointF>& gridPoints, bool closed = false) {
   const double unit = canvas.side / gridUnits;
   QPainterPath line;
-  line.addPolygon(QTransform::fromScale(unit, unit).map(gridPoints));
+  line.addPolygon(QTransform::fromScale(unit, unit).map(QPolygonF(gridPoints)));
   if (closed) line.closeSubpath();
   QPainterPathStroker stroker;
   stroker.setWidth(canvas.stroke());
@@ -102,14 +102,14 @@ void drawSealWithCheckMark(const Canvas& canvas) {
   QPainterPath seal;
   seal.addPolygon(edge);
   seal.closeSubpath();
-  canvas.painter.drawPath(seal.subtracted(strokedLine(canvas, QPolygonF({{4.9, 8.3}, {7.2, 10.7}, {11.2, 5.5}}))));
+  canvas.painter.drawPath(seal.subtracted(strokedLine(canvas, {{4.9, 8.3}, {7.2, 10.7}, {11.2, 5.5}})));
 }
 
 // A warning sign: a triangle's outline around an exclamation mark.
 void drawWarningTriangle(const Canvas& canvas) {
-  const QPainterPath outline = strokedLine(canvas, QPolygonF({{8, 2}, {14.8, 13.7}, {1.2, 13.7}}), true);
-  const QPainterPath bar = strokedLine(canvas, QPolygonF({{8, 6.4}, {8, 9}}));
-  const QPainterPath dot = strokedLine(canvas, QPolygonF({{8, 11.4}, {8, 11.45}}));
+  const QPainterPath outline = strokedLine(canvas, {{8, 2}, {14.8, 13.7}, {1.2, 13.7}}, true);
+  const QPainterPath bar = strokedLine(canvas, {{8, 6.4}, {8, 9}});
+  const QPainterPath dot = strokedLine(canvas, {{8, 11.4}, {8, 11.45}});
   canvas.painter.drawPath(outline.united(bar).united(dot));
 }
 
@@ -163,7 +163,7 @@ void drawGauge(const Canvas& canvas) {
     const double angle = degrees * M_PI / 180;
     dial = dial.united(disc(centre + 4.3 * unit * QPointF(std::cos(angle), -std::sin(angle)), 0.9 * unit));
   }
-  dial = dial.united(strokedLine(canvas, QPolygonF({{8, 8}, {4.9, 4.9}})));
+  dial = dial.united(strokedLine(canvas, {{8, 8}, {4.9, 4.9}}));
   canvas.painter.drawPath(dial.united(disc(centre, 1.7 * unit)));
 }
 
@@ -180,15 +180,15 @@ void drawSlashedEye(const Canvas& canvas) {
   stroker.setJoinStyle(Qt::RoundJoin);
   const QPainterPath eye = stroker.createStroke(QTransform::fromScale(unit, unit).map(lids)).simplified();
   const QPainterPath pupil = disc(QPointF(8, 8) * unit, 2.3 * unit);
-  const QPolygonF across({{3, 2.2}, {13, 13.8}});
+  const QList<QPointF> across{{3, 2.2}, {13, 13.8}};
   Canvas wider = canvas;
   wider.weight *= 2.4;
   canvas.painter.drawPath(eye.united(pupil).subtracted(strokedLine(wider, across)).united(strokedLine(canvas, across)));
 }
 
 void drawCross(const Canvas& canvas) {
-  const QPainterPath falling = strokedLine(canvas, QPolygonF({{2.6, 2.6}, {13.4, 13.4}}));
-  canvas.painter.drawPath(falling.united(strokedLine(canvas, QPolygonF({{13.4, 2.6}, {2.6, 13.4}}))));
+  const QPainterPath falling = strokedLine(canvas, {{2.6, 2.6}, {13.4, 13.4}});
+  canvas.painter.drawPath(falling.united(strokedLine(canvas, {{13.4, 2.6}, {2.6, 13.4}})));
 }
 
 void drawThreeLines(const Canvas& canvas) {
@@ -199,7 +199,7 @@ void drawThreeLines(const Canvas& canvas) {
 }
 
 void drawChevronRight(const Canvas& canvas) {
-  canvas.painter.drawPath(strokedLine(canvas, QPolygonF({{5, 2.5}, {11, 8}, {5, 13.5}})));
+  canvas.painter.drawPath(strokedLine(canvas, {{5, 2.5}, {11, 8}, {5, 13.5}}));
 }
 
 struct Symbol {

@@ -95,7 +95,7 @@ void setLevel(QWidget& window, int level);
 int levelOf(const QWidget& window);
 
 struct ShownWindow {
-  WindowId id;
+  WindowId id = 0;
   OwnWindow facts;
 };
 

@@ -79,7 +79,7 @@ std::optional<Value> decodeTagged(const QJsonObject& object) {
 
 std::optional<Value> decodeList(const QJsonArray& array) {
   List list;
-  for (const QJsonValue& element : array) {
+  for (const auto element : array) {
     auto decoded = decode(element);
     if (!decoded) return std::nullopt;
     list.push_back(std::move(*decoded));

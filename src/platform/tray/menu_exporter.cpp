@@ -9,10 +9,10 @@ namespace velicor::tray {
 
 namespace {
 
-constexpr const char* interfaceName = "com.canonical.dbusmenu";
+constexpr const char* menuInterface = "com.canonical.dbusmenu";
 constexpr uint protocolVersion = 3;
 
-constexpr const char* description = R"xml(
+constexpr const char* menuDescription = R"xml(
 <property name="Version" type="u" access="read"/>
 <property name="TextDirection" type="s" access="read"/>
 <property name="Status" type="s" access="read"/>
@@ -60,7 +60,7 @@ bool looksLike(const desktop::Menu& a, const desktop::Menu& b) {
 
 }  // namespace
 
-MenuExporter::MenuExporter(const QDBusConnection& bus) : BusObject(bus, path, interfaceName, description) {
+MenuExporter::MenuExporter(const QDBusConnection& bus) : BusObject(bus, path, menuInterface, menuDescription) {
   registerBusTypes();
 }
 

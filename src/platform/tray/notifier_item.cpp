@@ -8,9 +8,9 @@ namespace velicor::tray {
 
 namespace {
 
-constexpr const char* interfaceName = "org.kde.StatusNotifierItem";
+constexpr const char* itemInterface = "org.kde.StatusNotifierItem";
 
-constexpr const char* description = R"xml(
+constexpr const char* itemDescription = R"xml(
 <property name="Category" type="s" access="read"/>
 <property name="Id" type="s" access="read"/>
 <property name="Title" type="s" access="read"/>
@@ -37,7 +37,7 @@ constexpr const char* description = R"xml(
 }  // namespace
 
 NotifierItem::NotifierItem(const QDBusConnection& bus, const QString& title, const TemplateIcon& icon)
-    : BusObject(bus, path, interfaceName, description),
+    : BusObject(bus, path, itemInterface, itemDescription),
       title_(title),
       iconName_(installedName(icon)),
       pixmaps_(pixmapsOf(icon)) {

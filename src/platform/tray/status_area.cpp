@@ -10,7 +10,7 @@ namespace velicor::tray {
 
 namespace {
 
-constexpr int patience = 1000;  // milliseconds for each answer
+constexpr int answerPatience = 1000;  // milliseconds for each answer
 
 bool isAnswer(const QDBusMessage& message) { return message.type() == QDBusMessage::ReplyMessage; }
 
@@ -18,8 +18,8 @@ bool isAnswer(const QDBusMessage& message) { return message.type() == QDBusMessa
 std::optional<StatusArea> onTheBus(const QDBusConnection& bus) {
   if (!bus.isConnected()) return std::nullopt;
   const QDBusMessage ping = watcherCall(QStringLiteral("org.freedesktop.DBus.Peer"), "Ping", {});
-  if (!isAnswer(bus.call(ping, QDBus::Block, patience))) return std::nullopt;
-  const bool shown = namesHost(bus.call(questionForHost(), QDBus::Block, patience));
+  if (!isAnswer(bus.call(ping, QDBus::Block, answerPatience))) return std::nullopt;
+  const bool shown = namesHost(bus.call(questionForHost(), QDBus::Block, answerPatience));
   return shown ? StatusArea::items : StatusArea::itemsNobodyShows;
 }
 

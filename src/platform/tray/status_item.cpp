@@ -12,7 +12,7 @@ namespace velicor::tray {
 namespace {
 
 // A session's panel may start after its programs.
-constexpr auto patience = std::chrono::seconds(5);
+constexpr auto hostPatience = std::chrono::seconds(5);
 
 }  // namespace
 
@@ -30,7 +30,7 @@ StatusItem::StatusItem(desktop::Desktop& desktop, dispatch::Clock& clock, QStrin
     notifier_->item()->activated = [this] { openMenu(); };
   }
   followPresence();
-  clock.callAfter(patience, [life = std::weak_ptr(life_)] {
+  clock.callAfter(hostPatience, [life = std::weak_ptr(life_)] {
     if (const auto self = life.lock()) (*self)->reportAbsence();
   });
 }

@@ -73,7 +73,7 @@ std::shared_ptr<Texture> NativeTextureCache::onTexture(const PixelBufferRef& buf
 }
 
 NativeDrawableTarget::NativeDrawableTarget(std::shared_ptr<NativeTexture> texture)
-    : texture_(texture), image_(texture->image()) {}
+    : image_(texture->image()), texture_(std::move(texture)) {}
 
 void copyRows(std::byte* destination, std::size_t destinationBytesPerRow, const std::byte* source,
               std::size_t sourceBytesPerRow, std::size_t rowLength, int rows) {

@@ -77,8 +77,8 @@ class NativeDrawableTarget : public DrawableTarget {
   std::size_t bytesPerRow() const override { return image_.bytesPerRow; }
 
  private:
-  std::shared_ptr<Texture> texture_;
   NativeImage image_;
+  std::shared_ptr<Texture> texture_;
 };
 
 // Copies rows of `rowLength` bytes between two places with row distances of their own.

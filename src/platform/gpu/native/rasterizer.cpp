@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace velicor::gpu {
 
@@ -44,7 +45,8 @@ int firstPixel(double position, int limit) {
 
 // Where the horizontal line at y crosses the triangle: left and right end, equal where it misses.
 std::array<double, 2> crossing(const std::array<Corner, 3>& c, double y) {
-  std::array<double, 2> ends{INFINITY, -INFINITY};
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  std::array<double, 2> ends{infinity, -infinity};
   for (std::size_t i = 0; i < 3; ++i) {
     const Corner& a = c[i];
     const Corner& b = c[(i + 1) % 3];

@@ -21,8 +21,6 @@ constexpr std::size_t worthImporting = std::size_t{1} << 20;
 
 constexpr int maxShortages = 3;
 
-std::size_t rowLength(int width) { return bytesPerPixel * static_cast<std::size_t>(width); }
-
 std::size_t lengthOf(const PixelBuffer& picture) {
   return picture.bytesPerRow() * static_cast<std::size_t>(picture.height() - 1) + rowLength(picture.width());
 }

@@ -24,8 +24,6 @@ TextureDescriptor descriptorOf(const Texture& texture) {
   return {texture.pixelFormat(), texture.width(), texture.height(), texture.usage(), texture.storageMode()};
 }
 
-std::size_t rowLength(int width) { return bytesPerPixel * static_cast<std::size_t>(width); }
-
 std::unique_ptr<ImageBacking> makeImage(const Texture& texture, const ContextRef& context) {
   return std::make_unique<ImageBacking>(context, descriptorOf(texture), nameOf(texture));
 }

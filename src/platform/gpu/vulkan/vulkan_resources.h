@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -12,6 +13,9 @@
 // lost one is replaced when the resource is next used. Unless said otherwise members are for the thread that
 // records.
 namespace velicor::gpu::vulkan {
+
+// Bytes of a row of so many pixels, without a gap after it.
+inline std::size_t rowLength(int width) { return bytesPerPixel * static_cast<std::size_t>(width); }
 
 class VulkanBuffer : public Buffer {
  public:

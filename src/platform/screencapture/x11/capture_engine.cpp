@@ -71,7 +71,7 @@ std::optional<Error> CaptureEngine::prepare() {
   return std::nullopt;
 }
 
-void CaptureEngine::run(std::stop_token stopping) {
+void CaptureEngine::run(const std::stop_token& stopping) {
   pthread_setname_np(pthread_self(), threadName);
   for (;;) {
     if (std::exchange(hasMail_, false)) {

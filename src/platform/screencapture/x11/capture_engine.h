@@ -48,7 +48,7 @@ class CaptureEngine {
 
   std::optional<Error> prepare();
 
-  void run(std::stop_token stopping);
+  void run(const std::stop_token& stopping);
   void wait(std::optional<Instant> until);
   std::optional<Instant> nextDue();
 

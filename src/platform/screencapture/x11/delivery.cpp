@@ -52,7 +52,7 @@ void Delivery::closeAndDrain(dispatch::Completion<Status> done) {
   const std::scoped_lock guard(mutex_);
   closed_ = true;
   if (queue_) {
-    queue_->async([done] { done.resolve(Status()); });
+    queue_->async([done = std::move(done)] { done.resolve(Status()); });
   } else {
     done.resolve(Status());
   }

@@ -14,7 +14,7 @@ namespace {
 
 // Room to grow: a loupe that is being enlarged does not need new memory at every step. Also a multiple of
 // the page size, which graphics devices want for memory they import.
-constexpr std::size_t granule = 256 * 1024;
+constexpr std::size_t granule = 256UL * 1024;
 
 std::size_t roundedUp(std::size_t size) { return (size + granule - 1) / granule * granule; }
 
@@ -70,7 +70,7 @@ std::shared_ptr<Segment> ServerMemory::makeBySystemV(std::size_t size) {
   const int handle = shmget(IPC_PRIVATE, size, IPC_CREAT | 0600);
   if (handle < 0) return nullptr;
   void* memory = shmat(handle, nullptr, 0);
-  if (memory == reinterpret_cast<void*>(-1)) {
+  if (memory == reinterpret_cast<void*>(-1)) {  // NOLINT(performance-no-int-to-ptr): how it refuses
     shmctl(handle, IPC_RMID, nullptr);
     return nullptr;
   }

@@ -19,7 +19,7 @@ using x11::Connection;
 
 constexpr std::uint8_t sentByProgram = 0x80;
 
-void select(Connection& connection, WindowId window, std::uint32_t mask) {
+void selectEvents(Connection& connection, WindowId window, std::uint32_t mask) {
   xcb_change_window_attributes(connection.raw(), window, XCB_CW_EVENT_MASK, &mask);
 }
 
@@ -31,7 +31,7 @@ DeviceRect outerRect(int x, int y, int width, int height, int border) {
 
 StackWatcher::StackWatcher(Connection& connection, const VisualFormats& formats)
     : connection_(connection), formats_(formats) {
-  select(
+  selectEvents(
       connection, connection.root(),
       XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_PROPERTY_CHANGE);
   xcb_xfixes_select_selection_input(connection.raw(), connection.root(), connection.compositorSelection(),

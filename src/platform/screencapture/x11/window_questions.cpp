@@ -18,7 +18,7 @@ using x11::Connection;
 // A frame with more windows in it than this is none: looking through them would take long.
 constexpr std::size_t mostSiblings = 64;
 
-void select(Connection& connection, WindowId window, std::uint32_t mask) {
+void selectWithShape(Connection& connection, WindowId window, std::uint32_t mask) {
   xcb_change_window_attributes(connection.raw(), window, XCB_CW_EVENT_MASK, &mask);
   if (connection.extensions().shape.present) xcb_shape_select_input(connection.raw(), window, 1);
 }
@@ -42,7 +42,7 @@ struct WindowQuestion {
 };
 
 WindowQuestion ask(Connection& connection, WindowId id) {
-  select(connection, id, XCB_EVENT_MASK_PROPERTY_CHANGE);
+  selectWithShape(connection, id, XCB_EVENT_MASK_PROPERTY_CHANGE);
   return {id, xcb_get_window_attributes(connection.raw(), id), xcb_get_geometry(connection.raw(), id),
           askShaped(connection, id)};
 }
@@ -184,7 +184,7 @@ std::vector<Appearance> askAppearances(Connection& connection, const std::vector
 }
 
 void watchClient(Connection& connection, WindowId client) {
-  select(connection, client, XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
+  selectWithShape(connection, client, XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY);
 }
 
 }  // namespace velicor::screencapture
