@@ -19,6 +19,7 @@
 #include "platform/dispatch/main_queue.h"
 #include "platform/screencapture/x11/server_memory.h"
 #include "platform/screencapture/x11/service.h"
+#include "support/brief.h"
 #include "support/x_client.h"
 #include "support/x_server.h"
 
@@ -33,8 +34,8 @@ using namespace velicor;
 using namespace velicor::screencapture;
 
 constexpr int rate = 30;
-constexpr int seconds = 1;
-constexpr std::size_t rounds = 5;
+const double seconds = benchmarks::unlessBrief(1.0, 0.1);
+const std::size_t rounds = benchmarks::unlessBrief<std::size_t>(5, 1);
 constexpr DevicePoint corner{40, 40};
 
 // What lies under our window.
@@ -157,7 +158,7 @@ class Bench {
     const auto stream = start(queue, std::make_shared<Counter>());
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
     const double before = threadSeconds("velicor.x11cap");
-    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    std::this_thread::sleep_for(std::chrono::duration<double>(seconds));
     const double still = threadSeconds("velicor.x11cap");
     for (int i = 0; i < seconds * 60; ++i) {
       ours_.fill(cover_, {0, 0, region_.width, region_.height}, static_cast<std::uint32_t>(i));

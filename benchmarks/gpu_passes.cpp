@@ -14,6 +14,7 @@
 #include "analysis/metal_processor.h"
 #include "platform/dispatch/main_queue.h"
 #include "platform/gpu/vulkan/vulkan_device.h"
+#include "support/brief.h"
 
 // What the passes of an analysis cost on the best graphics processor, by its own clock; scopes are in every
 // frame. With --software the processor may be one that computes on the main one. Times are the shortest of
@@ -21,6 +22,7 @@
 namespace {
 
 using namespace velicor;
+using namespace std::chrono_literals;
 using Mode = MetalProcessor::Mode;
 using Clock = std::chrono::steady_clock;
 
@@ -132,8 +134,8 @@ class Bench {
     for (int i = 0; i < 3; ++i)
       work();
     stopwatch_.take();
-    const auto start = Clock::now();
-    for (int i = 0; i < 10 || Clock::now() - start < std::chrono::milliseconds(500); ++i)
+    const auto end = Clock::now() + benchmarks::unlessBrief(500ms, 0ms);
+    for (int i = 0; i < benchmarks::unlessBrief(10, 1) || Clock::now() < end; ++i)
       work();
     return stopwatch_.take();
   }

@@ -10,6 +10,7 @@
 #include "peers/rows.h"
 #include "platform/dispatch/main_queue.h"
 #include "platform/gpu/native/native_device.h"
+#include "support/brief.h"
 #include "support/pictures.h"
 
 namespace velicor::benchmarks {
@@ -18,7 +19,7 @@ namespace {
 
 using Mode = MetalProcessor::Mode;
 
-constexpr int rounds = 3;
+const int rounds = unlessBrief(3, 1);
 
 double ownCpuSeconds() {
   timespec used{};

@@ -9,6 +9,7 @@
 #include "palette/palette.h"
 #include "peers/rows.h"
 #include "platform/gpu/native/native_device.h"
+#include "support/brief.h"
 #include "support/pictures.h"
 
 namespace velicor::benchmarks {
@@ -17,7 +18,7 @@ namespace {
 
 constexpr gpu::Extent size{3840, 2160};
 constexpr std::size_t frameBytes = gpu::bytesPerPixel * size.width * size.height;
-constexpr int rounds = 15;
+const int rounds = unlessBrief(15, 2);
 
 double secondsOf(auto&& work) {
   const auto start = std::chrono::steady_clock::now();

@@ -12,6 +12,7 @@
 
 #include "peers/loupe_stage.h"
 #include "peers/rows.h"
+#include "support/brief.h"
 
 namespace velicor::benchmarks {
 
@@ -20,7 +21,7 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-constexpr int flips = 100;
+const int flips = unlessBrief(100, 4);
 constexpr double frameInterval = 1000.0 / 30;  // milliseconds
 
 // Looks at the loupe's middle whenever something is drawn into the loupe.

@@ -4,6 +4,7 @@
 
 #include "peers/loupe_stage.h"
 #include "peers/rows.h"
+#include "support/brief.h"
 
 namespace velicor::benchmarks {
 
@@ -12,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-constexpr int rounds = 9;
+const int rounds = unlessBrief(9, 1);
 constexpr DevicePoint centre{stageWidth / 2, stageHeight / 2};
 constexpr std::uint32_t colourBelow = 0xc02000;  // no skin: the loupe shows it in grey
 

@@ -9,6 +9,7 @@
 #include "peers/loupe_stage.h"
 #include "peers/process_usage.h"
 #include "peers/rows.h"
+#include "support/brief.h"
 
 namespace velicor::benchmarks {
 
@@ -16,8 +17,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto settling = 5s;
-constexpr auto period = 60s;
+const auto settling = unlessBrief(5s, 1s);
+const auto period = unlessBrief(60s, 1s);
 
 // Counts what anybody draws into some windows.
 class Drawings {
