@@ -42,6 +42,8 @@ if(VELICOR_PRECOMPILED_HEADERS)
   # What is read once holds where these are the same.
   target_compile_options(velicor_flags INTERFACE -pthread)
   target_compile_definitions(velicor_flags INTERFACE QT_CORE_LIB QT_GUI_LIB QT_WIDGETS_LIB)
+  # Else each source would ask for the toolkit's version, those too that are linked without the toolkit.
+  target_compile_definitions(velicor_flags INTERFACE QT_NO_VERSION_TAGGING)
   set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 endif()
 
