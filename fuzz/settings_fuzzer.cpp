@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include <QDir>
 #include <QJsonDocument>
 #include <QTemporaryDir>
 
@@ -69,8 +70,14 @@ QJsonObject othersIn(QJsonObject content) {
   return withValues(std::move(content), values);
 }
 
+// In memory where there is such a folder: whoever writes settings waits for the disk.
+QString fileFolder() {
+  const QString memory = QStringLiteral("/dev/shm");
+  return (QDir(memory).exists() ? memory : QDir::tempPath()) + QStringLiteral("/velicor_settings_fuzzer-XXXXXX");
+}
+
 void checkFile(std::string_view bytes) {
-  static const QTemporaryDir folder;
+  static const QTemporaryDir folder(fileFolder());
   const auto path = std::filesystem::path(folder.path().toStdString()) / "settings.json";
   std::ofstream(path, std::ios::binary) << bytes;
   const QByteArray raw(bytes.data(), static_cast<qsizetype>(bytes.size()));
