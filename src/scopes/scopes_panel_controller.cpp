@@ -96,7 +96,9 @@ void ScopesPanelController::followScreens() {
   const bool reachable = desktop::isWithinReach(panel_->frame(), screens_);
   if (before.empty() || !reachable) return place(visibleFrameFor(desktop_.screens()));
   const desktop::Screen& home = *std::ranges::max_element(screens_, {}, shown);
-  if (panel_->frame().height > home.visibleFrame.height) place(home.visibleFrame);
+  const auto was = std::ranges::find(before, home.displayID, &desktop::Screen::displayID);
+  const bool rescaled = was != before.end() && was->backingScaleFactor != home.backingScaleFactor;
+  if (rescaled || panel_->frame().height > home.visibleFrame.height) place(home.visibleFrame);
 }
 
 }  // namespace velicor

@@ -1,8 +1,13 @@
 // The loupe at scales with a fraction: it stands, captures and answers to the pixel.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <map>
+#include <utility>
+
 #include "analysis/kernels/pixel_math.h"
 #include "platform/base/geometry.h"
+#include "program/screen_settings.h"
 #include "program/stage.h"
 #include "support/main_loop.h"
 
@@ -92,6 +97,43 @@ TEST_P(ScalesTest, TheAnswerLiesOnItsPixelsWhereverTheLoupeIs) {
     return stage_.colorAt({loupe.right() - 1, loupe.y + 60}) !=
            QColor::fromRgb(pattern.at(loupe.right() - 1, loupe.y + 60));
   }));
+}
+
+class ChangingScaleTest : public testing::Test {
+ protected:
+  ChangingScaleTest() { stage_.painter().lower(stage_.painter().showPattern({0, 0, 1280, 800}, pattern)); }
+
+  // The screen when nothing has changed for a while.
+  QImage settledScreen() {
+    QImage screen = stage_.screenshot();
+    for (int same = 0; same < 10; ++same) {
+      waitUntil([] { return false; }, std::chrono::milliseconds(100));
+      const QImage next = stage_.screenshot();
+      if (next != std::exchange(screen, next)) same = 0;
+    }
+    return screen;
+  }
+
+  QImage screenOfAStartAt(int dots) {
+    setDotsPerInch(stage_.painter(), dots);
+    RunningVelicor velicor(stage_.launch());
+    EXPECT_TRUE(stage_.hasKeyboard("Velicor")) << velicor.log();
+    EXPECT_TRUE(velicor.waitForLog("capture running")) << velicor.log();
+    return settledScreen();
+  }
+
+  Stage stage_{Surroundings::windowManagerAndCompositor};
+};
+
+TEST_F(ChangingScaleTest, LooksAsIfStartedAnew) {
+  std::map<int, QImage> wanted;
+  for (const int dots : {144, 120, 96}) wanted[dots] = screenOfAStartAt(dots);
+  RunningVelicor velicor(stage_.launch());
+  ASSERT_TRUE(waitUntil([&] { return stage_.screenshot() == wanted[96]; })) << velicor.log();
+  for (const int dots : {144, 120, 96}) {
+    setDotsPerInch(stage_.painter(), dots);
+    EXPECT_TRUE(waitUntil([&] { return stage_.screenshot() == wanted[dots]; })) << dots << velicor.log();
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(, ScalesTest,

@@ -1,8 +1,12 @@
 #include "program/screen_settings.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include <xcb/randr.h>
 
@@ -29,7 +33,49 @@ xcb_randr_mode_t makeMode(const XClient& client, xcb_randr_output_t output, xcb_
   return made->mode;
 }
 
+xcb_window_t ownerOf(const XClient& client, std::string_view selection) {
+  const Owned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
+      client.raw(), xcb_get_selection_owner(client.raw(), client.atom(selection)), nullptr));
+  return reply ? reply->owner : xcb_window_t{XCB_WINDOW_NONE};
+}
+
+struct SettingsHeader {
+  std::uint8_t byteOrder;
+  std::array<std::uint8_t, 3> unused;
+  std::uint32_t serial;
+  std::uint32_t count;
+};
+
+struct NumberSetting {
+  std::uint8_t type;
+  std::uint8_t unused;
+  std::uint16_t nameLength;
+  std::array<char, 8> name;
+  std::uint32_t serial;
+  std::int32_t value;
+};
+
+struct Settings {
+  SettingsHeader header;
+  NumberSetting dots;
+};
+
 }  // namespace
+
+void setDotsPerInch(XClient& client, int dots) {
+  constexpr std::string_view service = "_XSETTINGS_S0";
+  constexpr std::uint8_t lowestByteFirst = 0;
+  static_assert(std::endian::native == std::endian::little);
+  if (ownerOf(client, service) == XCB_WINDOW_NONE) client.takeSelection(service);
+  static std::uint32_t serial = 0;  // what has no higher one is no news
+  ++serial;
+  const Settings settings{{lowestByteFirst, {}, serial, 1},
+                          {0, 0, 7, {'X', 'f', 't', '/', 'D', 'P', 'I'}, serial, dots * 1024}};
+  const xcb_atom_t property = client.atom("_XSETTINGS_SETTINGS");
+  xcb_change_property(client.raw(), XCB_PROP_MODE_REPLACE, ownerOf(client, service), property, property, 8, sizeof settings,
+                      &settings);
+  client.sync();
+}
 
 void setResolution(XClient& client, int width, int height) {
   xcb_connection_t* raw = client.raw();

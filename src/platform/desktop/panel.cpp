@@ -24,6 +24,7 @@ namespace velicor::desktop {
 
 namespace {
 
+constexpr auto settlingTime = std::chrono::milliseconds(400);
 constexpr std::uint32_t presentTime = 0;  // in requests: when the server gets to them
 
 // Managers may still be about to raise it.
@@ -60,10 +61,15 @@ class Panel::Carrier : public QWidget {
     setMouseTracking(true);
     outOfSight.setSingleShot(true);
     outOfSight.setInterval(longestOutOfSight);
+    settling.setSingleShot(true);
+    settling.setInterval(settlingTime);
+    // The toolkit allows all sizes again when it first hears of a place in another scale.
+    settling.callOnTimeout(this, [this] { toolkit::fixSize(toolkit::identifierOf(*this), panel.deviceFrame_); });
   }
 
   Panel& panel;
   QTimer outOfSight;
+  QTimer settling;  // of a managed panel that has a new frame
   std::uint32_t keyTime = 0;  // when the keyboard was taken, by the server's clock
   QWidget* content = nullptr;
   std::optional<PanelDrag> drag;  // where the background moves the panel
@@ -153,8 +159,7 @@ Panel::Panel(Desktop& desktop, PanelKind kind, const DesktopRect& frame)
     carrier_->outOfSight.callOnTimeout(carrier_.get(), [this] { visibility_->lift(); });
     windowsChanged_ = desktop_.windows().changed.subscribe([this] { keepInSight(); });
   }
-  screensChanged_ = desktop_.screens().changed.subscribe(
-      [this] { kind_ == PanelKind::bypassing ? applyFrame() : measureAnew(); });
+  screensChanged_ = desktop_.screens().changed.subscribe([this] { followScreens(); });
 }
 
 Panel::~Panel() { resignKey(); }
@@ -186,17 +191,33 @@ void Panel::applyFrame() {
   if (wanted == deviceFrame_) return;
   deviceFrame_ = wanted;
   const WindowId window = toolkit::identifierOf(*carrier_);
-  if (kind_ == PanelKind::managed) toolkit::fixSize(window, deviceFrame_);
+  if (kind_ == PanelKind::managed) {
+    toolkit::fixSize(window, deviceFrame_);
+    carrier_->settling.start();
+  }
   toolkit::configure(window, deviceFrame_);
   // The window manager is told the toolkit's idea of the place when the window is shown.
   if (kind_ == PanelKind::managed && !carrier_->isVisible()) carrier_->setGeometry(toolkitRect(deviceFrame_));
 }
 
-// The manager leaves the window where it is, which may be another place in the plane of points.
-void Panel::measureAnew() {
+// Places count in points, but where a point has other pixels now, a window stays over what it was over.
+void Panel::followScreens() {
   const ScreenLayout& layout = desktop_.screens().layout();
   if (layout.toDevice(frame_) == deviceFrame_) return;
-  const DesktopRect before = std::exchange(frame_, layout.toDesktop(deviceFrame_));
+  if (kind_ == PanelKind::managed) return measureAnew();
+  const DesktopRect there = layout.toDesktop(deviceFrame_);
+  const bool rescaled = roundHalfAway(frame_.width * layout.scaleAt(there)) != deviceFrame_.width;
+  if (!rescaled) return applyFrame();
+  setFrame({there.midX() - frame_.width / 2, there.midY() - frame_.height / 2, frame_.width, frame_.height});
+}
+
+// The manager leaves the window where it is, which may be another place in the plane of points. It is asked for
+// another size once, when all others have had their say about the frame: it answers late, and to each request.
+void Panel::measureAnew() {
+  const DesktopRect there = desktop_.screens().layout().toDesktop(deviceFrame_);
+  const DesktopRect before = frame_;
+  frame_ = {there.x, there.maxY() - before.height, before.width, before.height};
+  QTimer::singleShot(0, carrier_.get(), [this] { applyFrame(); });
   noteFrame(before);
 }
 

@@ -134,6 +134,7 @@ class Panel {
   void takeKeyboard(std::uint32_t time);
   void becameShown();
   void movedByOthers();
+  void followScreens();
   void measureAnew();
   void noteFrame(const DesktopRect& before);
 

@@ -13,6 +13,7 @@
 #include <QBackingStore>
 #include <QPainter>
 #include <QRegion>
+#include <QResizeEvent>
 #include <QScreen>
 #include <QWidget>
 #include <QWindow>
@@ -97,6 +98,13 @@ void configure(WindowId window, const DeviceRect& rect) {
   const std::uint32_t values[] = {asWord(rect.x), asWord(rect.y), asWord(rect.width), asWord(rect.height)};
   const std::uint16_t mask =
       XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT;
+  forget(xcb_configure_window_checked(connection(), window, mask, values));
+}
+
+void resize(WindowId window, int width, int height) {
+  if (window == 0) return;
+  const std::uint32_t values[] = {asWord(width), asWord(height)};
+  const std::uint16_t mask = XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT;
   forget(xcb_configure_window_checked(connection(), window, mask, values));
 }
 
@@ -260,11 +268,12 @@ void setBypassing(QWidget& window, bool bypassing) {
                                               &value));
 }
 
-// What else the toolkit has said in the property stays.
+// What else the toolkit has said in the property stays, but for the steps in which a window may grow.
 void fixSize(WindowId window, const DeviceRect& rect) {
   if (window == 0) return;
   constexpr std::uint32_t hasMinimumSize = 1U << 4;
   constexpr std::uint32_t hasMaximumSize = 1U << 5;
+  constexpr std::uint32_t hasSteps = 1U << 6 | 1U << 8;
   std::array<std::uint32_t, 18> hints{};
   const auto present = reply(xcb_get_property_reply,
                              xcb_get_property(connection(), 0, window, XCB_ATOM_WM_NORMAL_HINTS,
@@ -272,7 +281,7 @@ void fixSize(WindowId window, const DeviceRect& rect) {
   if (present && xcb_get_property_value_length(present.get()) == sizeof hints) {
     std::memcpy(hints.data(), xcb_get_property_value(present.get()), sizeof hints);
   }
-  hints[0] |= hasMinimumSize | hasMaximumSize;
+  hints[0] = (hints[0] | hasMinimumSize | hasMaximumSize) & ~hasSteps;
   hints[5] = hints[7] = asWord(rect.width);
   hints[6] = hints[8] = asWord(rect.height);
   setNumbers(window, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, hints);
@@ -299,6 +308,18 @@ void forgetPicture(QWidget& window) {
     painter.fillRect(all, Qt::black);
   }
   store->endPaint();
+}
+
+// The toolkit itself makes another picture for another size in points only, and does not tell widgets either.
+void renewPicture(QWidget& window) {
+  QBackingStore* const store = window.backingStore();
+  if (store && !store->size().isEmpty()) store->resize(window.size());
+  window.update();
+  for (QWidget* widget : window.findChildren<QWidget*>()) {
+    QResizeEvent inOtherPixels(widget->size(), widget->size());
+    QCoreApplication::sendEvent(widget, &inOtherPixels);
+    widget->update();
+  }
 }
 
 void setLevel(QWidget& window, int level) {

@@ -26,6 +26,9 @@ WindowId identifierOf(QWidget& window);
 // Exact device pixels, where the toolkit itself knows whole points only.
 void configure(WindowId window, const DeviceRect& rect);
 
+// The same where its corner stays, whatever frame a window manager has put it in.
+void resize(WindowId window, int width, int height);
+
 // Where the window really is. A round trip; none when the window has gone.
 std::optional<DeviceRect> geometryOf(WindowId window);
 
@@ -89,6 +92,10 @@ void setInTaskbar(QWidget& window, bool listed);
 
 // For a hidden window: what it showed last leaves the toolkit's memory. It is painted anew when it is shown.
 void forgetPicture(QWidget& window);
+
+// For a window whose pixels per point have changed: all that it shows is made anew in the new ones. The window itself
+// stays as large as it is.
+void renewPicture(QWidget& window);
 
 // A level among our windows; goes with the widget, shown or not. 0 for windows that were given none.
 void setLevel(QWidget& window, int level);

@@ -1,6 +1,7 @@
 #include "platform/desktop/window_keeper.h"
 
 #include <chrono>
+#include <set>
 #include <utility>
 
 #include <QApplication>
@@ -18,10 +19,27 @@ namespace {
 
 constexpr auto settlingTime = std::chrono::milliseconds(400);
 
-// A panel's own idea is ahead of a window manager that is just moving it.
-std::optional<DeviceRect> placeOf(QWidget& window) {
-  if (const Panel* panel = Panel::of(&window)) return panel->deviceFrame();
-  return toolkit::geometryOf(toolkit::identifierOf(window));
+std::set<double> scalesOf(const std::vector<MonitorArea>& monitors) {
+  std::set<double> scales;
+  for (const MonitorArea& monitor : monitors) scales.insert(monitor.scale);
+  return scales;
+}
+
+// Panels have seen to their own size.
+void rescale(QWidget& window) {
+  toolkit::renewPicture(window);
+  if (Panel::of(&window)) return;
+  const double scale = window.devicePixelRatioF();
+  const DeviceRect pixels{0, 0, roundHalfAway(window.width() * scale), roundHalfAway(window.height() * scale)};
+  const WindowId id = toolkit::identifierOf(window);
+  if (window.minimumSize() == window.maximumSize()) toolkit::fixSize(id, pixels);
+  toolkit::resize(id, pixels.width, pixels.height);
+}
+
+void rescaleAll() {
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    if (window->windowHandle()) rescale(*window);
+  }
 }
 
 }  // namespace
@@ -33,15 +51,17 @@ WindowKeeper::WindowKeeper(Desktop& desktop) : desktop_(desktop), monitors_(moni
   screensChanged_ = desktop_.screens().changed.subscribe([this] { followScreens(); });
 }
 
-std::vector<DeviceRect> WindowKeeper::monitors() const {
-  std::vector<DeviceRect> result;
-  for (const Screen& screen : desktop_.screens().screens()) result.push_back(screen.deviceFrame);
+std::vector<MonitorArea> WindowKeeper::monitors() const {
+  std::vector<MonitorArea> result;
+  for (const Screen& screen : desktop_.screens().screens())
+    result.push_back({screen.deviceFrame, screen.backingScaleFactor});
   return result;
 }
 
 void WindowKeeper::followScreens() {
-  const std::vector<DeviceRect> before = std::exchange(monitors_, monitors());
+  const std::vector<MonitorArea> before = std::exchange(monitors_, monitors());
   if (monitors_ == before) return;
+  if (scalesOf(monitors_) != scalesOf(before)) rescaleAll();
   keepAll();
   settling_.start();
 }
@@ -53,14 +73,21 @@ void WindowKeeper::keepAll() const {
 }
 
 void WindowKeeper::keep(QWidget& window) const {
-  const auto place = placeOf(window);
   const auto refuge = desktop_.screens().mainScreen();
-  if (!place || !refuge) return;
+  if (!refuge) return;
   const ScreenLayout& layout = desktop_.screens().layout();
-  const auto wanted = madeWhole(layout.toDesktop(*place), desktop_.screens().screens(), *refuge);
-  if (!wanted) return;
-  if (Panel* panel = Panel::of(&window)) return panel->setFrame(*wanted);
-  toolkit::configure(toolkit::identifierOf(window), layout.toDevice(*wanted));
+  const auto kept = [&](const DesktopRect& frame) {
+    return madeWhole(frame, desktop_.screens().screens(), *refuge);
+  };
+  // A panel's own idea is ahead of a window manager that is just moving it.
+  if (Panel* panel = Panel::of(&window)) {
+    if (const auto wanted = kept(panel->frame())) panel->setFrame(*wanted);
+    return;
+  }
+  const WindowId id = toolkit::identifierOf(window);
+  const auto place = toolkit::geometryOf(id);
+  if (!place) return;
+  if (const auto wanted = kept(layout.toDesktop(*place))) toolkit::configure(id, layout.toDevice(*wanted));
 }
 
 }  // namespace velicor::desktop
