@@ -38,15 +38,31 @@ struct Bounds {
   std::optional<std::size_t> ceiling;
 };
 
+bool isHigherOwn(const StackedWindow& window, const StackedWindow& subject) {
+  return window.own && window.own->level > subject.own->level;
+}
+
+// A window beside the subject, such as a taskbar, which holds our status icon too, is no reason to stand above a
+// higher one of ours.
+bool isFloor(const Stack& stack, std::size_t index, std::size_t subject) {
+  const StackedWindow& own = stack[subject];
+  const StackedWindow& window = stack[index];
+  const bool lowerOwn = window.own && index != subject && window.own->level < own.own->level;
+  if (!lowerOwn && !isForeignOrdinary(window)) return false;
+  return window.rect.intersects(own.rect) ||
+         std::none_of(stack.begin(), stack.begin() + static_cast<std::ptrdiff_t>(index),
+                      [&own](const StackedWindow& below) {
+                        return isHigherOwn(below, own) && below.rect.intersects(own.rect);
+                      });
+}
+
 Bounds boundsOf(const Stack& stack, std::size_t subject) {
   Bounds bounds;
-  const int level = stack[subject].own->level;
   for (std::size_t i = 0; i < stack.size(); ++i) {
-    const bool lowerOwn = stack[i].own && i != subject && stack[i].own->level < level;
-    if (isForeignOrdinary(stack[i]) || lowerOwn) bounds.floor = i;
+    if (isFloor(stack, i, subject)) bounds.floor = i;
   }
   for (std::size_t i = stack.size(); i-- > (bounds.floor ? *bounds.floor + 1 : 0);) {
-    if (stack[i].own && stack[i].own->level > level) bounds.ceiling = i;
+    if (isHigherOwn(stack[i], stack[subject])) bounds.ceiling = i;
   }
   return bounds;
 }

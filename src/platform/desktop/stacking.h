@@ -45,10 +45,11 @@ struct RestackStep {
   friend bool operator==(const RestackStep&, const RestackStep&) = default;
 };
 
-// What to ask for so that each of our bypassing windows stands above every ordinary window of other programs
-// and above our windows of lower levels, and below our higher ones as far as those are themselves above the
-// other programs. Nothing where the order is right already: windows that place themselves may stand above
-// ours, and no request is ever made to get past them, in either direction. The steps are meant to be made in order.
+// What to ask for so that each of our bypassing windows stands above every ordinary window of other programs and
+// above our windows of lower levels, and below our higher ones as far as those are themselves above the other
+// programs' windows that it overlaps. Nothing where the order is right already: windows that place themselves may
+// stand above ours, and no request is ever made to get past them, in either direction. The steps are meant to be
+// made in order.
 std::vector<RestackStep> restackSteps(Stack stack);
 
 // Whether opaque windows of other programs above this one leave no pixel of it to be seen. A window that is

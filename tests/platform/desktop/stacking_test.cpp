@@ -20,9 +20,11 @@ StackedWindow popup(WindowId id, DeviceRect rect = place) { return {id, rect, St
 StackedWindow bypassing(WindowId id, int level) {
   return {id, place, StackedBy::itself, false, OwnWindow{level, true}};
 }
-StackedWindow ownManaged(WindowId id, int level) {
-  return {id, place, StackedBy::manager, false, OwnWindow{level, false}};
+StackedWindow ownManaged(WindowId id, int level, DeviceRect rect = place) {
+  return {id, rect, StackedBy::manager, false, OwnWindow{level, false}};
 }
+
+constexpr DeviceRect taskbar{0, 800, 1000, 30};
 
 constexpr WindowId loupe = 3;
 constexpr WindowId scopes = 4;
@@ -48,6 +50,12 @@ TEST(Stacking, theLoupeStandsAboveOrdinaryWindowsAndBelowItsBetters) {
        {{loupe, scopes, false}}},
       {"a full screen window above the scopes",
        {bypassing(loupe, 3), ownManaged(scopes, 4), ordinary(10)},
+       {{loupe, 10, true}}},
+      {"a taskbar above the scopes, beside both",
+       {ordinary(10), ownManaged(scopes, 4), ordinary(11, taskbar), bypassing(loupe, 3)},
+       {{loupe, 10, true}}},
+      {"one that holds a status icon of ours",
+       {ordinary(10), ownManaged(scopes, 4), ownManaged(11, 0, taskbar), bypassing(loupe, 3)},
        {{loupe, 10, true}}},
       {"a foreign popup is not fought", {ordinary(10), bypassing(loupe, 3), popup(20)}, {}},
       {"nor climbed over", {bypassing(loupe, 3), ordinary(10), popup(20)}, {{loupe, 10, true}}},
@@ -79,14 +87,14 @@ TEST_P(RandomStack, oneRoundIsEnough) {
   for (int round = 0; round < 500; ++round) {
     Stack stack{bypassing(loupe, 3), bypassing(hint, 5), ownManaged(scopes, 4)};
     for (WindowId id = 10; id < 15; ++id)
-      stack.push_back(random() % 2 == 0 ? ordinary(id) : popup(id));
+      stack.push_back(random() % 2 == 0 ? ordinary(id, random() % 2 == 0 ? place : taskbar) : popup(id));
     std::ranges::shuffle(stack, random);
     const Stack settled = carryOut(stack, restackSteps(stack));
     ASSERT_THAT(restackSteps(settled), IsEmpty());
     const auto index = [&](WindowId id) { return std::ranges::find(settled, id, &StackedWindow::id); };
     EXPECT_LT(index(loupe), index(hint));
     for (const StackedWindow& window : settled) {
-      const bool foreign = !window.own && window.stackedBy == StackedBy::manager;
+      const bool foreign = !window.own && window.stackedBy == StackedBy::manager && window.rect == place;
       EXPECT_TRUE(!foreign || index(window.id) < index(loupe));
     }
   }
