@@ -8,8 +8,6 @@
 #include <string>
 
 #include <QApplication>
-#include <QPalette>
-#include <QToolTip>
 
 #include "analysis/metal_processor.h"
 #include "app/about_panel.h"
@@ -19,12 +17,12 @@
 #include "app/command_line.h"
 #include "app/server_loss.h"
 #include "app/wishes.h"
+#include "controls/tooltips.h"
 #include "diagnostics/system_report.h"
 #include "menubar/hot_key.h"
 #include "platform/base/product.h"
 #include "platform/desktop/application.h"
 #include "platform/desktop/desktop.h"
-#include "platform/desktop/look.h"
 #include "platform/desktop/monitor_screens.h"
 #include "platform/desktop/typeface.h"
 #include "platform/dispatch/clock.h"
@@ -45,15 +43,6 @@ namespace velicor {
 
 namespace {
 
-// Tooltips are painted by the toolkit, in these colours.
-void dressTooltips() {
-  QPalette colours = QToolTip::palette();
-  colours.setColor(QPalette::ToolTipBase, look::panelGround);
-  colours.setColor(QPalette::ToolTipText, look::primaryText);
-  QToolTip::setPalette(colours);
-  QToolTip::setFont(desktop::interfaceFont(11));
-}
-
 void describeApplication() {
   QApplication::setApplicationName(QString::fromUtf8(product::name));
   QApplication::setApplicationVersion(QString::fromUtf8(product::version()));
@@ -61,7 +50,7 @@ void describeApplication() {
   QApplication::setWindowIcon(application_icon::make());
   QApplication::setQuitOnLastWindowClosed(false);
   QApplication::setFont(desktop::interfaceFont(12));
-  dressTooltips();
+  controls::dressTooltips();
 }
 
 // The main queue belongs to the event loop as long as this lives.
