@@ -12,12 +12,18 @@ namespace {
 
 using namespace velicor;
 
-// As plain text: hyphens are those of options, and nothing is a request.
+// As plain text: hyphens are those of options, nothing is a request, and all is ASCII, which every formatter reads.
 std::string escaped(std::string_view text) {
+  constexpr std::string_view times = "×";
   std::string result;
-  for (const char c : text) {
-    if (c == '-') result += '\\';
-    result += c == '\\' ? "\\e" : std::string(1, c);
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text.substr(i).starts_with(times)) {
+      result += "\\(mu";
+      i += times.size() - 1;
+      continue;
+    }
+    if (text[i] == '-') result += '\\';
+    result += text[i] == '\\' ? "\\e" : std::string(1, text[i]);
   }
   return result;
 }
