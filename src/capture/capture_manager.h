@@ -78,6 +78,7 @@ class CaptureManager {
   struct Region {
     DesktopRect rect;
     desktop::Screen screen;
+    friend bool operator==(const Region&, const Region&) = default;
   };
 
   // Parameters of coroutines are values: the caller's variables are gone when they continue. After every

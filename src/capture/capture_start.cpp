@@ -85,11 +85,15 @@ QCoro::Task<Status> CaptureManager::startAsync(Life life, std::uint32_t displayI
     log_.error(std::string(product::name) + " not listed as shareable — starting unexcluded, will repair");
   }
 
+  const std::optional<Region> opened = pendingRegion_;
+  const int openedFps = fps_;
   const Result<StreamRef> stream = openStream({*display, listing->own}, screen);
   if (!stream) co_return Status(tl::unexpected(stream.error()));
   const Status started = co_await (*stream)->startCapture();
   if (life.expired() || !started) co_return started;
   stream_ = *stream;
+  // What came while it was starting found no stream yet.
+  if (pendingRegion_ != opened || fps_ != openedFps) flushRegion();
   if (!excludesSelf_) scheduleFilterRepair(0);
   co_return Status();
 }
