@@ -61,5 +61,19 @@ TEST_F(PanelsOnMonitorsTest, WhatAMonitorTakesAwayComesBackOnAnother) {
   EXPECT_EQ(velicor.terminate(), 0);
 }
 
+TEST_F(PanelsOnMonitorsTest, APanelKeepsItsPointsOnAMonitorOfAnotherScale) {
+  Launch launch = stage_.launch();
+  launch.environment.emplace_back("QT_SCREEN_SCALE_FACTORS=left=1;right=1.25");
+  RunningVelicor velicor(launch);
+  const DeviceRect onTheRight{830, 0, 450, 700};
+  ASSERT_TRUE(isAt(onTheRight, {1200, 690})) << velicor.log();
+  constexpr DevicePoint title{1000, 12};
+  stage_.mouse().drag(title, {title.x - 750, title.y + 220});
+  EXPECT_TRUE(waitUntil([&] { return stage_.windowAt({150, 400}).width == 360; })) << velicor.log();
+  const DeviceRect onTheLeft = stage_.windowAt({150, 400});
+  EXPECT_EQ(onTheLeft.height, 560);
+  EXPECT_TRUE(leftMonitor.contains(DevicePoint{onTheLeft.x, onTheLeft.y}));
+}
+
 }  // namespace
 }  // namespace velicor::test

@@ -63,13 +63,12 @@ class Panel::Carrier : public QWidget {
     outOfSight.setInterval(longestOutOfSight);
     settling.setSingleShot(true);
     settling.setInterval(settlingTime);
-    // The toolkit allows all sizes again when it first hears of a place in another scale.
-    settling.callOnTimeout(this, [this] { toolkit::fixSize(toolkit::identifierOf(*this), panel.deviceFrame_); });
+    settling.callOnTimeout(this, [this] { panel.settle(); });
   }
 
   Panel& panel;
   QTimer outOfSight;
-  QTimer settling;  // of a managed panel that has a new frame
+  QTimer settling;  // the manager has been asked for another frame
   std::uint32_t keyTime = 0;  // when the keyboard was taken, by the server's clock
   QWidget* content = nullptr;
   std::optional<PanelDrag> drag;  // where the background moves the panel
@@ -211,8 +210,8 @@ void Panel::followScreens() {
   setFrame({there.midX() - frame_.width / 2, there.midY() - frame_.height / 2, frame_.width, frame_.height});
 }
 
-// The manager leaves the window where it is, which may be another place in the plane of points. It is asked for
-// another size once, when all others have had their say about the frame: it answers late, and to each request.
+// The manager leaves the window's pixels as they are, which may be another place and size in the plane of points. It is
+// asked for another size once, when all others have had their say about the frame: it answers late, and to each request.
 void Panel::measureAnew() {
   const DesktopRect there = desktop_.screens().layout().toDesktop(deviceFrame_);
   const DesktopRect before = frame_;
@@ -234,9 +233,21 @@ void Panel::movedByOthers() {
   if (!carrier_->isVisible()) return;
   const auto actual = toolkit::geometryOf(toolkit::identifierOf(*carrier_));
   if (!actual || *actual == deviceFrame_) return;
+  const bool resized = actual->width != deviceFrame_.width || actual->height != deviceFrame_.height;
+  // The manager has moved it before it heard of its new size.
+  if (resized && carrier_->settling.isActive()) return;
   deviceFrame_ = *actual;
-  const DesktopRect before = std::exchange(frame_, desktop_.screens().layout().toDesktop(deviceFrame_));
+  const ScreenLayout& layout = desktop_.screens().layout();
+  if (!resized && layout.scaleAt(layout.toDesktop(*actual)) != layout.scaleAt(frame_)) return measureAnew();
+  const DesktopRect before = std::exchange(frame_, layout.toDesktop(deviceFrame_));
   noteFrame(before);
+}
+
+// Whatever the manager has made of it by now holds. The toolkit allows all sizes again when it first hears of a place in
+// another scale.
+void Panel::settle() {
+  movedByOthers();
+  toolkit::fixSize(toolkit::identifierOf(*carrier_), deviceFrame_);
 }
 
 int Panel::level() const { return toolkit::levelOf(*carrier_); }

@@ -136,6 +136,7 @@ class Panel {
   void movedByOthers();
   void followScreens();
   void measureAnew();
+  void settle();
   void noteFrame(const DesktopRect& before);
 
   Desktop& desktop_;
