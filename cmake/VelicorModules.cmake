@@ -26,9 +26,10 @@ endif()
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   target_compile_options(velicor_flags INTERFACE -Wno-keyword-macro)
 endif()
-# What another source of the same unit declares is not in the way of this one.
+# What another source of the same unit declares is not in the way of this one. g++ takes all sources of a unit for
+# headers, where types without linkage would be a fault.
 if(CMAKE_UNITY_BUILD)
-  target_compile_options(velicor_flags INTERFACE -Wno-shadow)
+  target_compile_options(velicor_flags INTERFACE -Wno-shadow $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
 endif()
 if(VELICOR_SANITIZE)
   target_compile_options(velicor_flags INTERFACE -fsanitize=${VELICOR_SANITIZE} -fno-sanitize-recover=all)
@@ -36,7 +37,7 @@ if(VELICOR_SANITIZE)
 endif()
 
 # Most of a compilation is reading the toolkit's and the standard library's headers. With this option they are read
-# once for the modules and once for the tests. That hides a header which a source forgets; the release does without.
+# once for the modules and once for the tests. That hides a header which a source forgets, as units do.
 option(VELICOR_PRECOMPILED_HEADERS "Read the commonest headers once: faster builds" OFF)
 if(VELICOR_PRECOMPILED_HEADERS)
   # What is read once holds where these are the same.

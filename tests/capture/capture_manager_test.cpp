@@ -50,6 +50,17 @@ TEST_F(CaptureManagerTest, RegionsReportedDuringTheStartAreUsedByIt) {
   EXPECT_EQ(service->lastStream().configurations.front().sourceRect, (DisplayRect{200, 300, 300, 200}));
 }
 
+TEST_F(CaptureManagerTest, RegionsReportedWhileTheStreamStartsAreAppliedOnceItRuns) {
+  service->startGate.close();
+  report(100, 100, left);
+  test::settle();
+  report(200, 300, left);
+  service->startGate.open();
+  test::settle();
+  EXPECT_THAT(journal(), ElementsAre("query", "make 7", "start", "configure"));
+  EXPECT_EQ(service->lastStream().configurations.back().sourceRect, (DisplayRect{200, 300, 300, 200}));
+}
+
 TEST_F(CaptureManagerTest, ManyRegionsBecomeOneUpdateWithTheLast) {
   startOnLeft();
   for (int i = 1; i <= 10; ++i) {

@@ -17,7 +17,7 @@ namespace velicor::desktop {
 
 namespace {
 
-constexpr auto settlingTime = std::chrono::milliseconds(400);
+constexpr auto managersTime = std::chrono::milliseconds(400);
 
 std::set<double> scalesOf(const std::vector<MonitorArea>& monitors) {
   std::set<double> scales;
@@ -46,7 +46,7 @@ void rescaleAll() {
 
 WindowKeeper::WindowKeeper(Desktop& desktop) : desktop_(desktop), monitors_(monitors()) {
   settling_.setSingleShot(true);
-  settling_.setInterval(settlingTime);
+  settling_.setInterval(managersTime);
   settling_.callOnTimeout(&settling_, [this] { keepAll(); });
   screensChanged_ = desktop_.screens().changed.subscribe([this] { followScreens(); });
 }
