@@ -1,5 +1,6 @@
 #include "support/x_client.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdlib>
@@ -112,13 +113,25 @@ bool XClient::isManaged(xcb_window_t window) const {
 
 bool XClient::findManager() {
   const xcb_window_t probe = makeWindow({0, 0, 10, 10}, {.managed = true});
+  const auto isListed = [&] {
+    const Freed<xcb_get_property_reply_t> reply{xcb_get_property_reply(
+        connection_,
+        xcb_get_property(connection_, 0, root(), atom("_NET_CLIENT_LIST"), XCB_ATOM_WINDOW, 0, 1024),
+        nullptr)};
+    if (!reply || reply->format != 32) return false;
+    const auto* first = static_cast<const xcb_window_t*>(xcb_get_property_value(reply.value));
+    const auto* end = first + reply->value_len;
+    return std::find(first, end, probe) != end;
+  };
   const bool found = eventually([&] {
     map(probe);
-    return isManaged(probe);
+    return isManaged(probe) && isListed();
   });
   destroy(probe);
   sync();
-  return found;
+  // Until it has gone from there too, the manager may still place what has this number; soon that is
+  // another's window.
+  return found && eventually([&] { return !isListed(); });
 }
 
 xcb_window_t XClient::showColour(const DeviceRect& place, std::uint32_t colour) {
