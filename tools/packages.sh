@@ -1,36 +1,65 @@
-# Sourced by ./run, ./test, benchmarks/beside_peers and tools/desktops: sees to it that the packages of
-# packaging/debian-packages are installed.
+# Sourced by ./run, ./test, ./package, benchmarks/beside_peers and tools/desktops: installs sections of
+# packaging/debian-packages.
 
-# velicor_packages TOP [PART…]: what everybody needs, and the parts asked for.
+# velicor_packages TOP SECTION…: the lines of these sections, one a line, alternatives without blanks: "new|old".
 velicor_packages() {
-  sed 's/#.*//' "$1/packaging/debian-packages" |
-    awk -v parts=" ${*:2} " '/^\[/ { skip = !index(parts, " " substr($1, 2, length($1) - 2) " "); next }
-                             NF && !skip { print $1 }'
+  sed 's/#.*//' "$1/packaging/debian-packages" | awk -v sections=" ${*:2} " '
+    /^\[/ { sub(/^\[/, ""); sub(/\].*/, ""); wanted = index(sections, " " $0 " "); known[$0] = 1; next }
+    NF && wanted { gsub(/ /, ""); if (!seen[$0]++) print }
+    END {
+      count = split(sections, names, " ")
+      for (i = 1; i <= count; ++i) if (!(names[i] in known)) { print "no section " names[i] >"/dev/stderr"; exit 1 }
+    }'
 }
 
-# velicor_install_packages TOP [PART…]: installs what is missing, as root or through sudo; without either, prints the
+velicor_is_installed() { [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+velicor_release_has() { apt-cache policy "$1" 2>/dev/null | grep -q '^  Candidate: [^(]'; }
+
+# velicor_choice ALTERNATIVES: the first that this Debian release has. Without package lists nobody can tell: then the
+# first that is installed, or else the first.
+velicor_choice() {
+  local name names
+  IFS='|' read -ra names <<<"$1"
+  if [ ${#names[@]} -gt 1 ]; then
+    for name in "${names[@]}"; do if velicor_release_has "$name"; then echo "$name"; return; fi; done
+    for name in "${names[@]}"; do if velicor_is_installed "$name"; then echo "$name"; return; fi; done
+  fi
+  echo "${names[0]}"
+}
+
+# velicor_missing TOP SECTION…: what of these sections is not installed.
+velicor_missing() {
+  local lines line package
+  lines=$(velicor_packages "$@") || return 1
+  for line in $lines; do
+    package=$(velicor_choice "$line")
+    velicor_is_installed "$package" || echo "$package"
+  done
+}
+
+# velicor_install_packages TOP SECTION…: installs what is missing, as root or through sudo; without either, prints the
 # one line to run and fails.
 velicor_install_packages() {
-  local top=$1 package missing=()
+  local top=$1 missing as=()
   if ! command -v apt-get >/dev/null; then
     echo "Velicor's packages go by their Debian names; install what $top/packaging/debian-packages lists." >&2
     return 1
   fi
-  for package in $(velicor_packages "$@"); do
-    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
-  done
-  [ ${#missing[@]} -gt 0 ] || return 0
+  missing=$(velicor_missing "$@") || return 1
+  [ -n "$missing" ] || return 0
 
-  local install=(apt-get install -y --no-install-recommends "${missing[@]}")
-  local as=()
+  local install='apt-get install -y --no-install-recommends'
   if [ "$(id -u)" != 0 ]; then
     if ! command -v sudo >/dev/null; then
       echo "Velicor needs some packages first. As root, run:" >&2
-      echo "  apt-get update && ${install[*]}" >&2
+      echo "  apt-get update && $install" $missing >&2
       return 1
     fi
     as=(sudo)
   fi
-  echo "Installing ${#missing[@]} packages: ${missing[*]}"
-  "${as[@]}" apt-get update -q && "${as[@]}" env DEBIAN_FRONTEND=noninteractive "${install[@]}"
+  "${as[@]}" apt-get update -q
+  missing=$(velicor_missing "$@")  # the lists may be the first that this machine has
+  echo "Installing $(wc -w <<<"$missing") packages:" $missing
+  "${as[@]}" env DEBIAN_FRONTEND=noninteractive $install $missing
 }
