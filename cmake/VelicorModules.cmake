@@ -11,7 +11,7 @@
 
 add_library(velicor_flags INTERFACE)
 target_compile_options(velicor_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
-  -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-align -Wnull-dereference -Werror
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wold-style-cast -Wcast-align -Wnull-dereference
   -fno-omit-frame-pointer)
 # The same arithmetic on every device and build: no fused multiply-add behind the source's back.
 target_compile_options(velicor_flags INTERFACE -ffp-contract=off)
@@ -34,6 +34,8 @@ endif()
 if(VELICOR_SANITIZE)
   target_compile_options(velicor_flags INTERFACE -fsanitize=${VELICOR_SANITIZE} -fno-sanitize-recover=all)
   target_link_options(velicor_flags INTERFACE -fsanitize=${VELICOR_SANITIZE})
+else()
+  include(VelicorHardening)
 endif()
 
 # Most of a compilation is reading the toolkit's and the standard library's headers. With this option they are read

@@ -25,6 +25,7 @@ function(velicor_shaders target)
   set(folder ${CMAKE_CURRENT_BINARY_DIR}/${target}_shaders)
   set(header "#pragma once\n\n#include <cstdint>\n\nnamespace velicor::shaders {\n\n")
   set(include_flags -I${CMAKE_SOURCE_DIR}/src)
+  set(warnings $<$<BOOL:${CMAKE_COMPILE_WARNING_AS_ERROR}>:-Werror>)
   foreach(include IN LISTS arg_INCLUDES)
     cmake_path(ABSOLUTE_PATH include NORMALIZE)
     list(APPEND include_flags -I${include})
@@ -36,9 +37,10 @@ function(velicor_shaders target)
     velicor_camel_case(name ${stem})
     set(words ${folder}/${file}.inc)
     add_custom_command(OUTPUT ${words}
-      COMMAND ${VELICOR_GLSLC} --target-env=vulkan1.2 -O -Werror ${include_flags} -MD -MF ${words}.d -mfmt=c
+      COMMAND ${VELICOR_GLSLC} --target-env=vulkan1.2 -O ${warnings} ${include_flags} -MD -MF ${words}.d -mfmt=c
               -o ${words} ${source}
-      DEPENDS ${source} DEPFILE ${words}.d COMMENT "Compiling shader ${file}" VERBATIM)
+      DEPENDS ${source} DEPFILE ${words}.d
+      COMMENT "Compiling shader ${file}" COMMAND_EXPAND_LISTS VERBATIM)
     target_sources(${target} PRIVATE ${words})
     string(APPEND header "inline constexpr std::uint32_t ${name}[] =\n#include \"${file}.inc\"\n    ;\n")
   endforeach()
