@@ -58,11 +58,15 @@ void Popover::show(Qt::FocusReason reason) {
   whileShown_.push_back(desktop_.screens().changed.subscribe([this] { place(); }));
 }
 
-// Where nobody took the keyboard since the popover had it last, the toolkit sees no change of the focus and would
-// leave the window inactive.
+// Where nobody took the keyboard since the popover had it last, Qt sees no change of the focus and would leave the
+// window inactive. QWidget::activateWindow, which Qt 6.5 advises instead, asks the X server only, and the X server has
+// nothing to change then.
 void Popover::activate() {
   QWidget& window = panel_->window();
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
   if (QGuiApplication::focusWindow() == window.windowHandle()) QApplication::setActiveWindow(&window);
+#pragma GCC diagnostic pop
 }
 
 void Popover::hide() {

@@ -19,13 +19,16 @@ VKAPI_ATTR VkBool32 VKAPI_CALL complain(VkDebugUtilsMessageSeverityFlagBitsEXT,
   return VK_FALSE;
 }
 
+// Made from the structure of Vulkan's C header: the type of the callback in the C++ header differs between 1.3 and 1.4.
 vk::DebugUtilsMessengerCreateInfoEXT messengerInfo(const std::function<void(std::string_view)>& onComplaint) {
-  using Severity = vk::DebugUtilsMessageSeverityFlagBitsEXT;
-  return {{},
-          Severity::eWarning | Severity::eError,
-          vk::DebugUtilsMessageTypeFlagBitsEXT::eValidation,
-          complain,
-          const_cast<std::function<void(std::string_view)>*>(&onComplaint)};
+  VkDebugUtilsMessengerCreateInfoEXT info{};
+  info.sType = VK_STRUCTURE_TYPE_DEBUG_UTILS_MESSENGER_CREATE_INFO_EXT;
+  info.messageSeverity =
+      VK_DEBUG_UTILS_MESSAGE_SEVERITY_WARNING_BIT_EXT | VK_DEBUG_UTILS_MESSAGE_SEVERITY_ERROR_BIT_EXT;
+  info.messageType = VK_DEBUG_UTILS_MESSAGE_TYPE_VALIDATION_BIT_EXT;
+  info.pfnUserCallback = complain;
+  info.pUserData = const_cast<std::function<void(std::string_view)>*>(&onComplaint);
+  return info;
 }
 
 bool offersNames(const vk::raii::Context& context) {
