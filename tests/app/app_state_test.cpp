@@ -140,6 +140,7 @@ TEST_F(AppStateTest, WithoutAProcessorTheSettingsStillWork) {
   state().setFps(10);
   state().setPalette(otherPalette());
   captureFrame();
+  test::settle();
   EXPECT_EQ(previewsAnnounced, 0);
   EXPECT_EQ(restarted().mode(), Mode::exposure);
 }

@@ -1,5 +1,5 @@
 // How the program begins and ends, what it keeps, and what it says.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -127,18 +127,23 @@ TEST_F(StatisticsTest, AStillScreenCostsNoFrameAndAMovingOneAtMostTheRate) {
   RunningVelicor velicor(launch);
   EXPECT_TRUE(velicor.waitForLog("Velicor stats/s: \n")) << velicor.log();
 
-  // Changes, faster than the frame rate, until two reports have come; the first covers less than a second of them.
+  // Changes, faster than the frame rate, until two reports have come. What the second counts happened since
+  // it was last known that there was no first one.
   const std::size_t before = velicor.log().size();
   std::vector<std::string> reports;
+  auto countedFrom = std::chrono::steady_clock::now();
   for (std::uint32_t i = 0; reports.size() < 2 && i < 4000; ++i) {
+    const auto lookedAt = std::chrono::steady_clock::now();
+    reports = linesWith(velicor.log().substr(before), "captured=");
+    if (reports.empty()) countedFrom = lookedAt;
     stage_.painter().fill(window, {600, 350, 80, 100}, i * 0x050505 % 0xFFFFFF);
     waitUntil([] { return false; }, std::chrono::milliseconds(5));
-    reports = linesWith(velicor.log().substr(before), "captured=");
   }
+  const std::chrono::duration<double> counted = std::chrono::steady_clock::now() - countedFrom;
   ASSERT_EQ(reports.size(), 2u) << velicor.log();
   const int captured = numberAfter(reports[1], "captured=");
-  EXPECT_GE(captured, 5);
-  EXPECT_LE(captured, 36) << "30 a second, and a report may come late";
+  EXPECT_GE(captured, 1);
+  EXPECT_LE(captured, 30 * counted.count() + 2);
   EXPECT_GE(numberAfter(reports[1], "drawn="), 1);
 }
 
@@ -152,14 +157,16 @@ TEST_F(StatisticsTest, TheDumpsShowWhatWasUnderTheLoupe) {
   launch.environment = {"VELICOR_DUMP=" + prefix.toStdString()};
   RunningVelicor velicor(launch);
   ASSERT_TRUE(velicor.waitForLog("capture running")) << velicor.log();
-  for (std::uint32_t i = 0; !velicor.waitForLog("dumped parade", std::chrono::milliseconds(15)) && i < 1000; ++i) {
+  for (std::uint32_t i = 0; !velicor.waitForLog("dumped parade", std::chrono::milliseconds(15)) && i < 4000;
+       ++i) {
     stage_.painter().fill(window, {700, 480, 2, 2}, i % 2 == 0 ? 0x808080 : 0x909090);
   }
 
   const QImage loupe(prefix + "-loupe.png");
   ASSERT_EQ(loupe.size(), QSize(175, 175)) << velicor.log();
-  EXPECT_EQ(loupe.pixelColor(20, 20), QColor(0xFF, 0xF2, 0x00));
-  EXPECT_EQ(loupe.pixelColor(87, 87), QColor(0xFF, 0xF2, 0x00));
+  // The variable also changes the modes, from three seconds on, which may be before the 60th frame.
+  EXPECT_THAT(loupe.pixelColor(20, 20), testing::AnyOf(QColor(0xFF, 0xF2, 0x00), QColor(0xED, 0xC5, 0x18)));
+  EXPECT_EQ(loupe.pixelColor(87, 87), loupe.pixelColor(20, 20));
 
   // Cb = −0.0590 and Cr = 0.0899 lie at (225.8, 210.0) of the plane's 512 × 512 pixels; a bin is two wide.
   const QImage vectorscope(prefix + "-vectorscope.png");

@@ -31,8 +31,9 @@ struct Freed {
   explicit operator bool() const { return value != nullptr; }
 };
 
+// As long as a program may take to start on a machine that does much else.
 bool eventually(const std::function<bool()>& condition) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (!condition()) {
     if (std::chrono::steady_clock::now() > end) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
@@ -123,8 +124,11 @@ bool XClient::findManager() {
     const auto* end = first + reply->value_len;
     return std::find(first, end, probe) != end;
   };
+  // A busy one would have the more to do the more often it is asked.
+  constexpr int looksPerRequest = 100;
+  int looks = 0;
   const bool found = eventually([&] {
-    map(probe);
+    if (looks++ % looksPerRequest == 0) map(probe);
     return isManaged(probe) && isListed();
   });
   destroy(probe);

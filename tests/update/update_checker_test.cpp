@@ -27,6 +27,7 @@ constexpr const char* unfinished = "The download didn't finish. You can get it f
 class UpdateCheckerTest : public UpdateFixture {};
 
 TEST_F(UpdateCheckerTest, FromTheQuestionToTheOpenedImage) {
+  serveFeed(WebSite::answer("no such page", "404 Not Found\r\nSet-Cookie: seen=1; Path=/"));
   checker.checkNow();
   EXPECT_EQ(shown(), "Checking for updates…");
   EXPECT_EQ(settings.date("update.lastCheck"), now) << "before any answer";
@@ -37,7 +38,7 @@ TEST_F(UpdateCheckerTest, FromTheQuestionToTheOpenedImage) {
             "Velicor 1.3 is available / " + youHave + " / • First / • Second / [Later] / [Download*]");
   EXPECT_THAT(site.requests.back(),
               testing::AllOf(HasSubstr("Cache-Control: no-cache"), HasSubstr("User-Agent: Velicor\r\n"),
-                             testing::Not(HasSubstr("Cookie"))));
+                             HasSubstr("Accept-Language: *\r\n"), testing::Not(HasSubstr("Cookie"))));
 
   for (const std::string& content : {std::string("first image"), std::string(300'000, 'x')}) {
     const QByteArray whole = WebSite::answer(QByteArray::fromStdString(content));
@@ -175,23 +176,27 @@ TEST_F(UpdateCheckerTest, DownloadsThatFail) {
     const char* logged;
     std::function<void()> hinder;
     QJsonObject entry = {};
+    std::vector<std::string> left = {};
   };
+  const std::vector<std::string> whole{"Velicor-1.3.dmg"};
   const std::vector<Case> cases{
       {"bad server response: status 404",
        [&] { site.serve(image, WebSite::answer("gone", "404 \x1b[31mNot Found")); }},
       {"bad server response: status 206",
        [&] { site.serve(image, WebSite::answer("part", "206 Partial Content")); }},
-      {"", [&] { site.serve(image, good.chopped(1)); }},
+      {"closed", [&] { site.serve(image, good.chopped(1)); }},
       {"redirected to https://elsewhere.example/x",
        [&] { site.serve(image, WebSite::redirection("https://elsewhere.example/x")); }},
       {"can't name a file", [] {}, {{"version", "../../1.3"}}},
-      {"file not found: no program for it", [&] { opener.works = false; }},
-      {"too large", [&] { setrlimit(RLIMIT_FSIZE, &small); }},
+      {"file not found: no program for it", [&] { opener.works = false; }, {}, whole},
+      {"too large", [&] { setrlimit(RLIMIT_FSIZE, &small); }, {}, whole},
       {"Is a directory",
        [&] {
          std::filesystem::remove_all(caches);
          std::filesystem::create_directories(caches / "Updates" / "Velicor-1.3.dmg");
-       }},
+       },
+       {},
+       whole},
       {"caches",
        [&] { std::filesystem::remove_all(caches), std::ofstream(caches) << "a file in the folder's place"; }},
   };
@@ -208,7 +213,12 @@ TEST_F(UpdateCheckerTest, DownloadsThatFail) {
     ASSERT_THAT(log.lines(), SizeIs(before + 1)) << one.logged;
     EXPECT_THAT(log.lines().back(),
                 testing::AllOf(StartsWith("update error: download failed: "), HasSubstr(one.logged)));
-    EXPECT_THAT(updatesFolder(), testing::Each("Velicor-1.3.dmg")) << "nothing half done stays";
+    EXPECT_THAT(updatesFolder(), testing::ElementsAreArray(one.left))
+        << one.logged << ": nothing half done stays";
+    const std::filesystem::path file = caches / "Updates" / "Velicor-1.3.dmg";
+    if (std::filesystem::is_regular_file(file)) {
+      EXPECT_EQ(std::filesystem::file_size(file), 200'000U) << one.logged;
+    }
   }
   checker.openInBrowser();
   EXPECT_EQ(opener.opened.back(), "https://velicor.example/Velicor-1.3.dmg");
