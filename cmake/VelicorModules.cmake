@@ -62,6 +62,11 @@ endfunction()
 function(velicor_use_headers target name)
   if(VELICOR_PRECOMPILED_HEADERS)
     target_precompile_headers(${target} REUSE_FROM ${name})
+    # Programs otherwise get -fPIE, with which g++ 14 refuses what was read with -fPIC.
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL EXECUTABLE)
+      target_compile_options(${target} PRIVATE -fPIC)
+    endif()
   endif()
 endfunction()
 

@@ -195,7 +195,6 @@ TEST_F(ScopesPanelTest, everyControlIsReachedByTheKeyboardHasANameAndComesIntoSi
   controller.panel().makeKey();
   ASSERT_TRUE(waitUntil([&] { return window.isActiveWindow(); }));
   settle();
-  QApplication::setActiveWindow(&window);
 
   EXPECT_EQ(QApplication::focusWidget(), &controller.view()) << "no control before the user turns to one";
   press(Qt::Key_Tab);

@@ -36,9 +36,9 @@ TEST_F(UpdateCheckerTest, FromTheQuestionToTheOpenedImage) {
   offer({{"notes", QJsonArray{"First", "Second"}}});
   EXPECT_EQ(shown(),
             "Velicor 1.3 is available / " + youHave + " / • First / • Second / [Later] / [Download*]");
-  EXPECT_THAT(site.requests.back(),
-              testing::AllOf(HasSubstr("Cache-Control: no-cache"), HasSubstr("User-Agent: Velicor\r\n"),
-                             HasSubstr("Accept-Language: *\r\n"), testing::Not(HasSubstr("Cookie"))));
+  EXPECT_THAT(site.requests.back().toLower(),
+              testing::AllOf(HasSubstr("cache-control: no-cache"), HasSubstr("user-agent: velicor\r\n"),
+                             HasSubstr("accept-language: *\r\n"), testing::Not(HasSubstr("cookie"))));
 
   for (const std::string& content : {std::string("first image"), std::string(300'000, 'x')}) {
     const QByteArray whole = WebSite::answer(QByteArray::fromStdString(content));

@@ -6,11 +6,6 @@
 
 #include <dlfcn.h>
 
-// What the leak checker is to leave alone: the validation layer keeps something of every device that it
-// watched. (That we leave no object of Vulkan's behind, the layer itself checks.)
-extern "C" const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() { return "leak:libVkLayer_khronos_validation\n"; }
-
 // What the thread checker is to leave alone: the layer and the driver in software were built without it, so
 // that it does not see what orders their threads.
 extern "C" const char* __tsan_default_suppressions();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <string>
 
 #include "platform/gpu/vulkan/loader.h"
 
@@ -15,7 +16,9 @@ constexpr const char* validationLayer = "VK_LAYER_KHRONOS_validation";
 VKAPI_ATTR VkBool32 VKAPI_CALL complain(VkDebugUtilsMessageSeverityFlagBitsEXT,
                                         VkDebugUtilsMessageTypeFlagsEXT,
                                         const VkDebugUtilsMessengerCallbackDataEXT* data, void* receiver) {
-  (*static_cast<const std::function<void(std::string_view)>*>(receiver))(data->pMessage);
+  // Validation layers from 1.4 on leave the name out of the message.
+  const std::string name = data->pMessageIdName ? data->pMessageIdName : "";
+  (*static_cast<const std::function<void(std::string_view)>*>(receiver))(name + ": " + data->pMessage);
   return VK_FALSE;
 }
 

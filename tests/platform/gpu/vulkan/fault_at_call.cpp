@@ -164,10 +164,10 @@ std::vector<std::string> FaultAtCall::calls() {
   return state().calls;
 }
 
-const std::vector<VkResult>& FaultAtCall::errorsOf(const std::string& function) {
+const std::vector<VkResult>& FaultAtCall::errorsOf(std::string_view function) {
   for (const Fallible& each : fallibles())
     if (each.name == function) return each.errors;
-  throw std::out_of_range(function);
+  throw std::out_of_range(std::string(function));
 }
 
 }  // namespace velicor::gpu::test

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <vulkan/vulkan_core.h>
@@ -26,7 +27,7 @@ class FaultAtCall {
   static std::vector<std::string> calls();
 
   // Those that a function may give, in the order that they are counted in.
-  static const std::vector<VkResult>& errorsOf(const std::string& function);
+  static const std::vector<VkResult>& errorsOf(std::string_view function);
 };
 
 }  // namespace velicor::gpu::test
