@@ -23,7 +23,7 @@ using namespace velicor::screencapture;
 using velicor::DeviceRect;
 using velicor::fuzz::demand;
 
-constexpr std::uint32_t hiddenState = 3;
+constexpr StateAtoms stateAtoms{3, 4};
 constexpr std::uint32_t clientMask = 0xf;  // identifiers of a client: its base and what the mask covers
 
 // Values in the ranges that the X protocol has for them, and small ones more often than not.
@@ -92,7 +92,7 @@ Appearance anyAppearance(Input& input) {
   if (input.flag()) properties.clientPlace = input.rect();
   properties.extents = input.numbers(5);
   properties.clientShaped = input.flag();
-  const Appearance shown = appearanceFrom(properties, hiddenState);
+  const Appearance shown = appearanceFrom(properties, stateAtoms);
   demand(shown.guard == name.ends_with(" guard window"), "guards are told by their names");
   demand(!shown.painted || (shown.clientPlace && shown.painted->contains(*shown.clientPlace)),
          "a frame is painted around its client");

@@ -312,6 +312,24 @@ DevicePoint XClient::origin(xcb_window_t window) {
   return reply ? DevicePoint{reply->dst_x, reply->dst_y} : DevicePoint{};
 }
 
+void XClient::goToDesktop(std::uint32_t desktop) const {
+  xcb_client_message_event_t event{};
+  event.response_type = XCB_CLIENT_MESSAGE;
+  event.format = 32;
+  event.window = root();
+  event.type = atom("_NET_CURRENT_DESKTOP");
+  event.data.data32[0] = desktop;
+  xcb_send_event(connection_, 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                 reinterpret_cast<const char*>(&event));
+  const bool there = eventually([&] {
+    const Freed<xcb_get_property_reply_t> reply{xcb_get_property_reply(
+        connection_, xcb_get_property(connection_, 0, root(), event.type, XCB_ATOM_CARDINAL, 0, 1), nullptr)};
+    return reply && reply->value_len == 1 &&
+           *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.value)) == desktop;
+  });
+  if (!there) throw std::runtime_error("the window manager does not change desktops");
+}
+
 void XClient::setBackdrop(Pattern pattern) {
   const xcb_pixmap_t pixmap = patternPixmap(pattern);
   xcb_change_window_attributes(connection_, screen_->root, XCB_CW_BACK_PIXMAP, &pixmap);

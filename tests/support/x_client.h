@@ -86,6 +86,9 @@ class XClient {
   // Where the window's inner corner is on the root window.
   DevicePoint origin(xcb_window_t window);
 
+  // Asks the window manager for a desktop, and waits until that is the current one.
+  void goToDesktop(std::uint32_t desktop) const;
+
   // A pixmap of the pattern, as the root window's backdrop.
   void setBackdrop(Pattern pattern);
 

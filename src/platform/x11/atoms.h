@@ -27,6 +27,7 @@ namespace velicor::x11 {
   ATOM(netWmStateAbove, "_NET_WM_STATE_ABOVE")                \
   ATOM(netWmStateFullscreen, "_NET_WM_STATE_FULLSCREEN")      \
   ATOM(netWmStateHidden, "_NET_WM_STATE_HIDDEN")              \
+  ATOM(netWmStateShaded, "_NET_WM_STATE_SHADED")              \
   ATOM(netWmStateSkipPager, "_NET_WM_STATE_SKIP_PAGER")       \
   ATOM(netWmStateSkipTaskbar, "_NET_WM_STATE_SKIP_TASKBAR")   \
   ATOM(netWmStrut, "_NET_WM_STRUT")                           \

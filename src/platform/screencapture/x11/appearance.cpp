@@ -20,10 +20,13 @@ std::optional<DeviceRect> paintedBy(const DeviceRect& client, const std::vector<
 
 }  // namespace
 
-Appearance appearanceFrom(const AppearanceProperties& properties, std::uint32_t hiddenState) {
+Appearance appearanceFrom(const AppearanceProperties& properties, const StateAtoms& atoms) {
   Appearance appearance;
-  const auto& states = properties.states;
-  appearance.minimised = std::find(states.begin(), states.end(), hiddenState) != states.end();
+  const auto has = [&states = properties.states](std::uint32_t state) {
+    return std::find(states.begin(), states.end(), state) != states.end();
+  };
+  // Some managers call a window hidden too that is rolled up to its title bar.
+  appearance.minimised = has(atoms.hidden) && !has(atoms.shaded);
   appearance.desktop = properties.desktop;
   appearance.opacity = properties.opacity.value_or(properties.clientOpacity.value_or(fullyOpaque));
   appearance.guard = properties.name.ends_with(guardName);

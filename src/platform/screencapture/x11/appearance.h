@@ -25,7 +25,12 @@ struct AppearanceProperties {
   bool clientShaped = false;
 };
 
-// `hiddenState` is the atom of the state that minimised windows have.
-Appearance appearanceFrom(const AppearanceProperties& properties, std::uint32_t hiddenState);
+// As the server numbers the states.
+struct StateAtoms {
+  std::uint32_t hidden;  // minimised windows have it
+  std::uint32_t shaded;  // those of which only the title bar shows
+};
+
+Appearance appearanceFrom(const AppearanceProperties& properties, const StateAtoms& atoms);
 
 }  // namespace velicor::screencapture

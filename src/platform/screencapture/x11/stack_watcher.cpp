@@ -114,8 +114,8 @@ void StackWatcher::takeReparent(const xcb_reparent_notify_event_t& event) {
 void StackWatcher::takeProperty(const xcb_property_notify_event_t& event) {
   const auto is = [&](Atom name) { return event.atom == connection_.atom(name); };
   if (event.window == connection_.root()) {
-    rootOutdated_ =
-        rootOutdated_ || is(Atom::xrootPixmapId) || is(Atom::esetrootPixmapId) || is(Atom::netCurrentDesktop);
+    rootOutdated_ = rootOutdated_ || is(Atom::xrootPixmapId) || is(Atom::esetrootPixmapId) ||
+                    is(Atom::netCurrentDesktop) || is(Atom::netSupportingWmCheck);
     return;
   }
   const StackedWindow* window = stack_.findByClient(event.window);
@@ -217,24 +217,43 @@ void StackWatcher::readRoot() {
   const auto xroot = askRoot(Atom::xrootPixmapId);
   const auto esetroot = askRoot(Atom::esetrootPixmapId);
   const auto desktop = askRoot(Atom::netCurrentDesktop);
+  const auto check = askRoot(Atom::netSupportingWmCheck);
   const auto first = x11::propertyNumber(connection_, xroot);
   const auto second = x11::propertyNumber(connection_, esetroot);
-  stack_.currentDesktopIs(x11::propertyNumber(connection_, desktop));
+  currentDesktop_ = x11::propertyNumber(connection_, desktop);
+  managerWindow_ = x11::propertyNumber(connection_, check).value_or(XCB_NONE);
+  followDesktops();
 
   ++background_.generation;
-  background_.pixmap = first ? *first : second.value_or(0);
-  if (background_.pixmap == 0) return;
-  // Left behind by a program that is gone, or meant for another depth: the screen then shows something else.
-  const auto geometry =
-      connection_.reply(xcb_get_geometry_reply, xcb_get_geometry(connection_.raw(), background_.pixmap));
-  if (!geometry || (*geometry)->depth != connection_.screen().root_depth) background_.pixmap = 0;
+  background_.pixmap = isBackdrop(first) ? *first : isBackdrop(second) ? *second : XCB_NONE;
+}
+
+// One that a program left behind that is gone, or that is meant for another depth, is not what the screen shows.
+bool StackWatcher::isBackdrop(std::optional<std::uint32_t> pixmap) {
+  if (!pixmap || *pixmap == XCB_NONE) return false;
+  const auto geometry = connection_.reply(xcb_get_geometry_reply, xcb_get_geometry(connection_.raw(), *pixmap));
+  return geometry && (*geometry)->depth == connection_.screen().root_depth;
+}
+
+// Windows of other desktops stay mapped where the window manager itself composes the screen, and chooses by
+// _NET_WM_DESKTOP what it paints. Other managers unmap what is not to be seen, and may show a desktop on each
+// monitor while only one of them is the current one.
+void StackWatcher::followDesktops() {
+  x11::ClientSet manager;
+  if (managerWindow_ != XCB_NONE) {
+    const std::uint32_t mask = connection_.resourceIdMask();
+    manager.add(managerWindow_ & ~mask, mask);
+  }
+  const bool composes = compositorWindow_ != XCB_NONE && manager.made(compositorWindow_);
+  stack_.currentDesktopIs(composes ? currentDesktop_ : std::nullopt);
 }
 
 void StackWatcher::readCompositor() {
   const auto owner =
       connection_.reply(xcb_get_selection_owner_reply,
                         xcb_get_selection_owner(connection_.raw(), connection_.compositorSelection()));
-  composited_ = owner && (*owner)->owner != XCB_NONE;
+  compositorWindow_ = owner ? (*owner)->owner : XCB_NONE;
+  followDesktops();
   // Some managers redirect in a way of their own when they start or end: the old names may be stale.
   stack_.pixmapsMoved();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <set>
 #include <vector>
 
@@ -29,7 +30,7 @@ class StackWatcher {
 
   const WindowStack& stack() const { return stack_; }
   const Background& background() const { return background_; }
-  bool isComposited() const { return composited_; }
+  bool isComposited() const { return compositorWindow_ != 0; }
 
  private:
   struct Reparented {
@@ -50,12 +51,16 @@ class StackWatcher {
   void readAppearances();
   void readRoot();
   void readCompositor();
+  bool isBackdrop(std::optional<std::uint32_t> pixmap);
+  void followDesktops();
 
   x11::Connection& connection_;
   const VisualFormats& formats_;
   WindowStack stack_;
   Background background_;
-  bool composited_ = false;
+  WindowId managerWindow_ = 0;     // the window manager's own; 0: it names none
+  WindowId compositorWindow_ = 0;  // the compositing manager's own; 0: there is none
+  std::optional<std::uint32_t> currentDesktop_;
   bool rootOutdated_ = true;
   bool compositorOutdated_ = true;
   std::set<WindowId> appearanceOutdated_;

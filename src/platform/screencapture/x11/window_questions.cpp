@@ -115,7 +115,8 @@ Appearance answerAppearance(Connection& connection, const AppearanceQuestion& as
   const std::string name = x11::propertyText(connection, asked.name);
   properties.name = name;
   if (asked.window.client != 0) answerClient(connection, asked, properties);
-  return appearanceFrom(properties, connection.atom(Atom::netWmStateHidden));
+  return appearanceFrom(properties,
+                        {connection.atom(Atom::netWmStateHidden), connection.atom(Atom::netWmStateShaded)});
 }
 
 }  // namespace

@@ -70,6 +70,9 @@ class WindowStack {
   void shapeChanged(WindowId idOrClient, bool shaped);
   void clientFound(WindowId frame, WindowId client);
   void shownAs(WindowId id, const Appearance& appearance);
+
+  // Of a manager that keeps the windows of all its desktops mapped; none: there is no such manager, and what is
+  // mapped is to be seen.
   void currentDesktopIs(std::optional<std::uint32_t> desktop);
 
   // The contents of all windows have moved, or may have.
