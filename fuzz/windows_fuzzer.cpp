@@ -92,6 +92,9 @@ Appearance anyAppearance(Input& input) {
   if (input.flag()) properties.clientPlace = input.rect();
   properties.extents = input.numbers(5);
   properties.clientShaped = input.flag();
+  properties.opaqueRegion = input.numbers(9);
+  for (int count = input.below(4); count > 0; --count)
+    properties.shape.push_back(input.rect());
   const Appearance shown = appearanceFrom(properties, stateAtoms);
   demand(shown.guard == name.ends_with(" guard window"), "guards are told by their names");
   demand(!shown.painted || (shown.clientPlace && shown.painted->contains(*shown.clientPlace)),
@@ -145,6 +148,7 @@ void checkLayer(const Layer& layer, const ScenePlan& plan, const SceneView& view
   demand(!layer.visible.isEmpty(), "a layer shows something");
   demand(plan.screen.contains(layer.visible), "a layer lies within the frame");
   demand(layer.bounds.contains(layer.visible), "a layer lies within its window");
+  demand(layer.solid.isEmpty() || layer.visible.contains(layer.solid), "what is solid shows");
   demand(!view.leftOut.made(layer.id), "what is left out is not there");
   demand(layer.opacity == fullyOpaque || layer.blended, "what is not opaque is blended");
   demand(view.composited || (!layer.blended && !layer.cut), "without a compositor nothing is blended or cut");
@@ -163,7 +167,7 @@ void checkPlan(const WindowStack& stack, const ScenePlan& plan, const SceneView&
     checkLayer(layer, plan, view);
     next = std::ranges::find(next, visible.end(), layer.id, &StackedWindow::id);
     demand(next != visible.end(), "layers are visible windows in their order");
-    const bool covers = layer.isSolid() && layer.visible == plan.screen;
+    const bool covers = layer.solid == plan.screen;
     demand(covers == (plan.covered && &layer == &plan.layers.front()), "only the lowest layer covers all");
   }
 }

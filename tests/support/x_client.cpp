@@ -312,22 +312,41 @@ DevicePoint XClient::origin(xcb_window_t window) {
   return reply ? DevicePoint{reply->dst_x, reply->dst_y} : DevicePoint{};
 }
 
-void XClient::goToDesktop(std::uint32_t desktop) const {
+void XClient::tell(xcb_window_t window, std::uint32_t mask, std::string_view what,
+                   const std::array<std::uint32_t, 3>& values) const {
   xcb_client_message_event_t event{};
   event.response_type = XCB_CLIENT_MESSAGE;
   event.format = 32;
-  event.window = root();
-  event.type = atom("_NET_CURRENT_DESKTOP");
-  event.data.data32[0] = desktop;
-  xcb_send_event(connection_, 0, root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                 reinterpret_cast<const char*>(&event));
+  event.window = window;
+  event.type = atom(what);
+  std::copy(values.begin(), values.end(), event.data.data32);
+  xcb_send_event(connection_, 0, window, mask, reinterpret_cast<const char*>(&event));
+}
+
+void XClient::goToDesktop(std::uint32_t desktop) const {
+  constexpr auto current = "_NET_CURRENT_DESKTOP";
+  tell(root(), XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY, current,
+       {desktop, XCB_CURRENT_TIME});
   const bool there = eventually([&] {
     const Freed<xcb_get_property_reply_t> reply{xcb_get_property_reply(
-        connection_, xcb_get_property(connection_, 0, root(), event.type, XCB_ATOM_CARDINAL, 0, 1), nullptr)};
+        connection_, xcb_get_property(connection_, 0, root(), atom(current), XCB_ATOM_CARDINAL, 0, 1), nullptr)};
     return reply && reply->value_len == 1 &&
            *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.value)) == desktop;
   });
   if (!there) throw std::runtime_error("the window manager does not change desktops");
+}
+
+void XClient::dock(xcb_window_t icon) const {
+  constexpr std::uint32_t requestDock = 0;
+  const Freed<xcb_get_selection_owner_reply_t> tray{xcb_get_selection_owner_reply(
+      connection_, xcb_get_selection_owner(connection_, atom("_NET_SYSTEM_TRAY_S0")), nullptr)};
+  tell(tray->owner, XCB_EVENT_MASK_NO_EVENT, "_NET_SYSTEM_TRAY_OPCODE", {XCB_CURRENT_TIME, requestDock, icon});
+  const bool docked = eventually([&] {
+    const Freed<xcb_query_tree_reply_t> tree{
+        xcb_query_tree_reply(connection_, xcb_query_tree(connection_, icon), nullptr)};
+    return tree && tree->parent != root();
+  });
+  if (!docked) throw std::runtime_error("the panel does not take the icon");
 }
 
 void XClient::setBackdrop(Pattern pattern) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -89,6 +90,9 @@ class XClient {
   // Asks the window manager for a desktop, and waits until that is the current one.
   void goToDesktop(std::uint32_t desktop) const;
 
+  // Has the panel that owns the tray take the window as an icon, and waits until it has.
+  void dock(xcb_window_t icon) const;
+
   // A pixmap of the pattern, as the root window's backdrop.
   void setBackdrop(Pattern pattern);
 
@@ -127,6 +131,8 @@ class XClient {
   xcb_pixmap_t patternPixmap(Pattern pattern);
   std::uint32_t pixelOf(std::uint32_t colour) const;
   void stack(xcb_window_t window, std::uint32_t mode);
+  void tell(xcb_window_t window, std::uint32_t mask, std::string_view what,
+            const std::array<std::uint32_t, 3>& values) const;
 
   xcb_connection_t* connection_;
   xcb_screen_t* screen_;

@@ -30,9 +30,11 @@ Atoms::Atoms(xcb_connection_t* connection, int screenNumber) {
   for (std::size_t i = 0; i < names.size(); ++i)
     cookies[i] = ask(connection, names[i]);
   const auto selection = ask(connection, "_NET_WM_CM_S" + std::to_string(screenNumber));
+  const auto tray = ask(connection, "_NET_SYSTEM_TRAY_S" + std::to_string(screenNumber));
   for (std::size_t i = 0; i < names.size(); ++i)
     values_[i] = answer(connection, cookies[i]);
   compositorSelection_ = answer(connection, selection);
+  traySelection_ = answer(connection, tray);
 }
 
 }  // namespace velicor::x11

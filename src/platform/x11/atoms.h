@@ -22,6 +22,7 @@ namespace velicor::x11 {
   ATOM(netWmBypassCompositor, "_NET_WM_BYPASS_COMPOSITOR")    \
   ATOM(netWmDesktop, "_NET_WM_DESKTOP")                       \
   ATOM(netWmName, "_NET_WM_NAME")                             \
+  ATOM(netWmOpaqueRegion, "_NET_WM_OPAQUE_REGION")            \
   ATOM(netWmPid, "_NET_WM_PID")                               \
   ATOM(netWmState, "_NET_WM_STATE")                           \
   ATOM(netWmStateAbove, "_NET_WM_STATE_ABOVE")                \
@@ -63,9 +64,13 @@ class Atoms {
   // The selection whose owner is the screen's compositing manager.
   xcb_atom_t compositorSelection() const { return compositorSelection_; }
 
+  // The selection whose owner takes icons in.
+  xcb_atom_t traySelection() const { return traySelection_; }
+
  private:
   std::array<xcb_atom_t, static_cast<std::size_t>(Atom::count)> values_{};
   xcb_atom_t compositorSelection_ = XCB_ATOM_NONE;
+  xcb_atom_t traySelection_ = XCB_ATOM_NONE;
 };
 
 }  // namespace velicor::x11

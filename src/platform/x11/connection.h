@@ -32,6 +32,9 @@ inline std::uint8_t eventType(const xcb_generic_event_t& event) {
   return static_cast<std::uint8_t>(event.response_type & 0x7f);
 }
 
+// Whether a client sent it: it need not be what the server did.
+inline bool isSent(const xcb_generic_event_t& event) { return (event.response_type & 0x80) != 0; }
+
 // One connection to the X server. Used by one thread at a time. An error of the server never ends the
 // process: it comes back from reply() and check(), or, for requests that nobody waits for, goes to the error
 // handler from within nextEvent().
@@ -63,6 +66,12 @@ class Connection {
 
   xcb_atom_t atom(Atom name) const { return atoms_[name]; }
   xcb_atom_t compositorSelection() const { return atoms_.compositorSelection(); }
+  xcb_atom_t traySelection() const { return atoms_.traySelection(); }
+
+  // Whether one client made both.
+  bool haveOneMaker(std::uint32_t one, std::uint32_t other) const {
+    return ((one ^ other) & ~resourceIdMask()) == 0;
+  }
 
   // An atom whose name is not known beforehand. A round trip; XCB_ATOM_NONE when the server is gone.
   xcb_atom_t intern(std::string_view name);

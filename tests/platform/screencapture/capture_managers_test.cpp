@@ -177,6 +177,34 @@ INSTANTIATE_TEST_SUITE_P(Are, CaptureUnderAnyManager,
                                          std::vector<std::string>{}),
                          [](const auto& test) { return test.param.empty() ? "xfwm4" : test.param.front(); });
 
+// The panel of another program, which takes a window of ours in. A manager keeps it, or there is none.
+class CapturedPanel : public testing::TestWithParam<bool> {};
+
+TEST_P(CapturedPanel, StaysWhenItTakesOurIcon) {
+  Bench bench;
+  std::optional<velicor::test::WindowManager> manager;
+  if (GetParam()) manager.emplace(bench.server);
+  bench.other.setBackdrop({1});
+  const velicor::test::Program panel({"trayer", "--edge", "bottom", "--align", "left", "--widthtype", "pixel",
+                                      "--width", "160", "--heighttype", "pixel", "--height", "48"},
+                                     bench.server.name());
+  ASSERT_TRUE(bench.other.waitForSelectionOwner("_NET_SYSTEM_TRAY_S0", true));
+  const DeviceRect region{0, 720, 200, 80};
+  const auto stream = bench.start(region);
+  const auto isTheScreen = [&](const Frame& frame) {
+    return frame.count(magenta) > 0 && frame.pixels == bench.other.screenImage(region);
+  };
+  const xcb_window_t icon = bench.ours.makeWindow({0, 0, 24, 24});
+  bench.ours.setColour(icon, magenta);
+  bench.ours.dock(icon);
+  const std::size_t settled = bench.receiver->waitForQuiet();
+  EXPECT_TRUE(bench.receiver->waitForFrame(settled - std::min<std::size_t>(settled, 1), isTheScreen));
+  EXPECT_TRUE(isTheScreen(bench.freshFrame(region)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, CapturedPanel, testing::Bool(),
+                         [](const auto& test) { return test.param ? "openbox" : "nobody"; });
+
 // A workspace on each monitor: both are to be seen, though only one of them counts as the current one.
 TEST(CaptureOnTwoMonitors, ShowsTheWindowWhicheverMonitorIsInUse) {
   Bench bench;

@@ -125,7 +125,17 @@ TEST(CaptureStream, FollowsEveryChangeInTheNextFrame) {
   expectNext(
       "close", [&] { bench.other.destroy(high); }, patternAt(lowRect, {2}, backdrop));
   expectNext(
-      "redraw", [&] { bench.other.setPattern(low, {4}); }, patternAt(lowRect, {4}, backdrop));
+      "redraw after another program said that the window is gone",
+      [&] {
+        xcb_destroy_notify_event_t gone{};
+        gone.response_type = XCB_DESTROY_NOTIFY;
+        gone.event = bench.other.root();
+        gone.window = low;
+        xcb_send_event(bench.other.raw(), 0, bench.other.root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&gone));
+        bench.other.setPattern(low, {4});
+      },
+      patternAt(lowRect, {4}, backdrop));
   expectNext(
       "close the last", [&] { bench.other.destroy(low); }, backdrop);
   expectNext(

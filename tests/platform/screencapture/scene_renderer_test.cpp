@@ -9,8 +9,10 @@
 #include "platform/screencapture/x11/scene_renderer.h"
 #include "platform/screencapture/x11/server_memory.h"
 #include "platform/screencapture/x11/stack_watcher.h"
+#include "support/main_loop.h"
 #include "support/x_client.h"
 #include "support/x_server.h"
+#include "support/xfce_manager.h"
 
 namespace velicor::screencapture {
 namespace {
@@ -25,11 +27,15 @@ class SceneRendererTest : public testing::Test {
   SceneRendererTest() { EXPECT_FALSE(redirectWindows(*connection_)); }
 
   ScenePlan plan() {
-    while (const auto event = connection_->nextEvent())
-      watcher_.take(*event);
+    takeEvents();
     while (watcher_.isOutdated())
       watcher_.refresh();
     return planScene(watcher_.stack(), {frame, {0, 0, 1280, 800}, {}, watcher_.isComposited(), {}});
+  }
+
+  void takeEvents() {
+    while (const auto event = connection_->nextEvent())
+      watcher_.take(*event);
   }
 
   // All that has been asked for so far has been done, and its events are here.
@@ -190,6 +196,54 @@ TEST_F(SceneRendererTest, AsksForNothingWhereNothingInsideWasDrawn) {
   // The picture itself, without composing it.
   EXPECT_EQ(requestsOf([&] { EXPECT_EQ(draw(renderer, pool, picture).changed, (Rows{40, 43})); }), 1u);
   EXPECT_EQ(picture, fromScratch());
+}
+
+// Whether its shape, its alpha or its manager's frame makes the window on top more than a plain rectangle.
+TEST_F(SceneRendererTest, DoesNotHearOfWhatIsCovered) {
+  const DeviceRect large{50, 50, 400, 350};
+  const auto expectNothingBeneath = [&](const char* cover, xcb_window_t beneath, xcb_window_t top) {
+    SCOPED_TRACE(cover);
+    ASSERT_TRUE(velicor::test::waitUntil([&] { return plan().covered; }));
+    SceneRenderer renderer(*connection_, formats_);
+    renderer.follow(plan());
+    EXPECT_EQ(renderer.plan().layers.size(), 1u);
+    SegmentPool pool(memory_, 3, [] {});
+    std::vector<std::byte> picture;
+    ASSERT_TRUE(draw(renderer, pool, picture).done);
+    const auto before = picture;
+    other_.fill(beneath, {0, 0, 400, 350}, 0xffffff);
+    takeEvents(renderer);
+    EXPECT_EQ(requestsOf([&] { EXPECT_FALSE(renderer.drawnInside()); }), 0u);
+    other_.fill(top, {120, 120, 10, 10}, 0xff123456);
+    takeEvents(renderer);
+    EXPECT_TRUE(renderer.drawnInside());
+    draw(renderer, pool, picture);
+    EXPECT_NE(picture, before);
+  };
+  const xcb_window_t beneath = other_.showPattern(large, {1});
+  xcb_window_t top = other_.showPattern(large, {2});
+  other_.shape(top, {10, 0, 380, 350});
+  expectNothingBeneath("shaped", beneath, top);
+
+  other_.takeSelection("_NET_WM_CM_S0");
+  other_.destroy(top);
+  top = other_.makeWindow(large, {.alpha = true});
+  other_.setColour(top, 0xff804020);
+  other_.setNumbers(top, "_NET_WM_OPAQUE_REGION", {0, 0, 400, 4, 0, 4, 400, 346});
+  other_.map(top);
+  expectNothingBeneath("opaque", beneath, top);
+  other_.setNumbers(top, "_NET_WM_OPAQUE_REGION", {0, 0, 100, 350});
+  EXPECT_TRUE(velicor::test::waitUntil([&] { return plan().layers.size() == 2; })) << "half of it";
+  other_.releaseSelection("_NET_WM_CM_S0");
+  other_.destroy(top);
+  other_.destroy(beneath);
+
+  const velicor::test::XfceManager manager(server_, velicor::test::XfceManager::Way::composing);
+  const xcb_window_t framedBeneath = other_.showPattern(large, {1}, {.managed = true});
+  const xcb_window_t framedTop = other_.showPattern(large, {2}, {.managed = true});
+  other_.move(framedBeneath, 50, 50);
+  other_.move(framedTop, 50, 50);
+  expectNothingBeneath("framed by xfwm4", framedBeneath, framedTop);
 }
 
 }  // namespace

@@ -145,6 +145,7 @@ int CaptureEngine::takeReadEvents() {
 }
 
 void CaptureEngine::take(const xcb_generic_event_t& event) {
+  if (x11::isSent(event)) return;
   if (x11::isMonitorChange(*connection_, event)) monitorsOutdated_ = true;
   const bool stirs = watcher_ && watcher_->take(event);
   for (const auto& worker : workers_) {
@@ -240,11 +241,13 @@ void CaptureEngine::look(StreamWorker& worker, Instant now) {
 // A window that is there has no pixmap: someone took the redirection away.
 void CaptureEngine::checkRefusals(StreamWorker& worker, Instant now) {
   const auto refused = worker.takeRefused();
+  if (lastRedirect_ && now - *lastRedirect_ < redirectPause) return;
+  // It may have been away for a moment only. The server keeps a record of each redirection.
   const bool lostRedirect = std::any_of(refused.begin(), refused.end(), [this](WindowId id) {
     const StackedWindow* window = watcher_->stack().find(id);
-    return window && window->viewable;
+    return window && window->viewable && !isRedirected(*connection_, id);
   });
-  if (!lostRedirect || (lastRedirect_ && now - *lastRedirect_ < redirectPause)) return;
+  if (!lostRedirect) return;
   lastRedirect_ = now;
   if (const auto refusal = redirectWindows(*connection_)) return end(worker, *refusal);
   worker.stir();

@@ -30,4 +30,11 @@ std::optional<Error> redirectWindows(x11::Connection& connection) {
                "The X server does not let this program read windows: " + redirected.error().description};
 }
 
+bool isRedirected(x11::Connection& connection, std::uint32_t window) {
+  const std::uint32_t pixmap = connection.newId();
+  if (!connection.check(xcb_composite_name_window_pixmap_checked(connection.raw(), window, pixmap))) return false;
+  xcb_free_pixmap(connection.raw(), pixmap);
+  return true;
+}
+
 }  // namespace velicor::screencapture

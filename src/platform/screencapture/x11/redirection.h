@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 
 #include "platform/base/error.h"
@@ -11,5 +12,8 @@ namespace velicor::screencapture {
 // the connection lives. A compositing manager that does the same is not disturbed, and may come and go.
 // Returns why the server refused, if it did.
 std::optional<Error> redirectWindows(x11::Connection& connection);
+
+// Whether a window that is viewable draws into a pixmap of its own. A round trip.
+bool isRedirected(x11::Connection& connection, std::uint32_t window);
 
 }  // namespace velicor::screencapture

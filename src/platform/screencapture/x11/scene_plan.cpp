@@ -24,6 +24,19 @@ std::optional<ClientCut> cutOf(const StackedWindow& window, bool composited) {
   return ClientCut{window.client, *shown.clientPlace};
 }
 
+// Where neither the shape nor what is blended lets anything through.
+DeviceRect solidPart(const Layer& layer, const StackedWindow& window) {
+  if (layer.cut || (layer.blended && layer.opacity != fullyOpaque)) return {};
+  DeviceRect part = layer.visible;
+  const auto keep = [&](const std::optional<DeviceRect>& inWindow) {
+    const DevicePoint corner{layer.bounds.x + layer.border, layer.bounds.y + layer.border};
+    part = inWindow ? part.intersection(inWindow->translatedBy(corner.x, corner.y)) : DeviceRect{};
+  };
+  if (layer.shaped) keep(window.shown.insideShape);
+  if (layer.blended) keep(window.shown.opaque);
+  return part;
+}
+
 Layer layerOf(const StackedWindow& window, const DeviceRect& screen, bool composited) {
   Layer layer;
   layer.id = window.id;
@@ -36,13 +49,14 @@ Layer layerOf(const StackedWindow& window, const DeviceRect& screen, bool compos
   // Without a compositing manager the server shows the colours as they are, whatever alpha says.
   layer.opacity = composited ? window.shown.opacity : fullyOpaque;
   layer.blended = composited && (window.alpha || window.shown.opacity != fullyOpaque);
+  layer.solid = solidPart(layer, window);
   layer.pixmapGeneration = window.pixmapGeneration;
   layer.shapeGeneration = layer.shaped ? window.shapeGeneration : 0;
   return layer;
 }
 
-bool covers(const Layer& layer, const DeviceRect& screen) {
-  return layer.isSolid() && layer.visible == screen;
+bool isCovered(const DeviceRect& part, const std::vector<Layer>& above) {
+  return std::any_of(above.begin(), above.end(), [&](const Layer& layer) { return layer.solid.contains(part); });
 }
 
 }  // namespace
@@ -55,9 +69,9 @@ ScenePlan planScene(const WindowStack& stack, const SceneView& view) {
   for (auto window = windows.rbegin(); window != windows.rend() && !plan.covered; ++window) {
     if (!(*window)->drawable || isLeftOut(**window, view.leftOut)) continue;
     const Layer layer = layerOf(**window, plan.screen, view.composited);
-    if (layer.visible.isEmpty()) continue;
+    if (layer.visible.isEmpty() || isCovered(layer.visible, plan.layers)) continue;
     plan.layers.push_back(layer);
-    plan.covered = covers(layer, plan.screen);
+    plan.covered = layer.solid == plan.screen;
   }
   std::reverse(plan.layers.begin(), plan.layers.end());
   if (!plan.covered) plan.background = view.background;

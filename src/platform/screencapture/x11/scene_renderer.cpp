@@ -261,7 +261,7 @@ void SceneRenderer::paintArea(const DeviceRect& area) {
 }
 
 bool SceneRenderer::hides(const Layer& layer, const DeviceRect& place) const {
-  if (!layer.isSolid() || !layer.visible.contains(place) || !formats_.find(layer.visual)) return false;
+  if (!layer.solid.contains(place) || !formats_.find(layer.visual)) return false;
   const auto surface = surfaces_.find(layer.id);
   return surface != surfaces_.end() && surface->second.pixmap != 0;
 }
@@ -294,7 +294,9 @@ void SceneRenderer::paintTiles(const DeviceRect& place) {
 
 void SceneRenderer::paint(const Layer& layer, const Surface& surface, const DeviceRect& part) {
   xcb_connection_t* const c = connection_.raw();
-  if (layer.shaped) {
+  const bool clipped = layer.shaped && !layer.solid.contains(part);
+  const bool blended = layer.blended && !layer.solid.contains(part);
+  if (clipped) {
     xcb_xfixes_set_picture_clip_region(c, canvasPicture_, surface.shape,
                                        s16(layer.bounds.x + layer.border - plan_.frame.x),
                                        s16(layer.bounds.y + layer.border - plan_.frame.y));
@@ -304,12 +306,12 @@ void SceneRenderer::paint(const Layer& layer, const Surface& surface, const Devi
     mask = connection_.newId();
     xcb_render_create_solid_fill(c, mask, {0, 0, 0, static_cast<std::uint16_t>(layer.opacity >> 16)});
   }
-  xcb_render_composite(c, layer.blended ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, surface.picture,
+  xcb_render_composite(c, blended ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, surface.picture,
                        mask, canvasPicture_, s16(part.x - layer.bounds.x), s16(part.y - layer.bounds.y), 0, 0,
                        s16(part.x - plan_.frame.x), s16(part.y - plan_.frame.y), u16(part.width),
                        u16(part.height));
   if (mask != XCB_NONE) xcb_render_free_picture(c, mask);
-  if (layer.shaped) xcb_xfixes_set_picture_clip_region(c, canvasPicture_, XCB_NONE, 0, 0);
+  if (clipped) xcb_xfixes_set_picture_clip_region(c, canvasPicture_, XCB_NONE, 0, 0);
 }
 
 bool SceneRenderer::fetch(xcb_drawable_t drawable, DevicePoint corner, const Rows& rows,

@@ -17,8 +17,6 @@ namespace {
 using x11::Atom;
 using x11::Connection;
 
-constexpr std::uint8_t sentByProgram = 0x80;
-
 void selectEvents(Connection& connection, WindowId window, std::uint32_t mask) {
   xcb_change_window_attributes(connection.raw(), window, XCB_CW_EVENT_MASK, &mask);
 }
@@ -43,8 +41,6 @@ StackWatcher::StackWatcher(Connection& connection, const VisualFormats& formats)
 // The root window tells of its children. What clients tell of themselves concerns their places inside their
 // frames, and may come when the model has them outside already.
 bool StackWatcher::take(const xcb_generic_event_t& event) {
-  // What programs tell each other about windows need not be what the server did.
-  if ((event.response_type & sentByProgram) != 0) return false;
   const unsigned before = stack_.revision();
   switch (x11::eventType(event)) {
     case XCB_CREATE_NOTIFY:
@@ -101,14 +97,14 @@ bool StackWatcher::takeConfigure(const xcb_configure_notify_event_t& event) {
 void StackWatcher::takeReparent(const xcb_reparent_notify_event_t& event) {
   const StackedWindow* frame = stack_.findByClient(event.window);
   if (frame && frame->id != event.window && frame->id != event.parent) setClient(frame->id, XCB_NONE);
+  std::erase_if(reparented_, [&](const Reparented& before) { return before.window == event.window; });
   if (event.parent == connection_.root()) return stack_.enteredRoot(event.window);
   stack_.leftRoot(event.window);
-  // The frame itself where the new parent is a child of the root window, as with most managers.
-  if (stack_.find(event.parent)) {
-    setClient(event.parent, event.window);
-  } else {
-    reparented_.push_back({event.window, event.parent});
-  }
+  // Most managers' frames are children of the root window: such a one counts at once, and refresh() looks
+  // whether it is a frame.
+  const StackedWindow* parent = stack_.find(event.parent);
+  if (parent && parent->client == XCB_NONE) setClient(event.parent, event.window);
+  reparented_.push_back({event.window, event.parent});
 }
 
 void StackWatcher::takeProperty(const xcb_property_notify_event_t& event) {
@@ -121,7 +117,7 @@ void StackWatcher::takeProperty(const xcb_property_notify_event_t& event) {
   const StackedWindow* window = stack_.findByClient(event.window);
   if (!window) return;
   const bool decides = is(Atom::netWmState) || is(Atom::netWmDesktop) || is(Atom::netWmWindowOpacity) ||
-                       is(Atom::netFrameExtents) || (window->unmanaged && event.atom == XCB_ATOM_WM_NAME);
+                       is(Atom::netFrameExtents) || is(Atom::netWmOpaqueRegion) || (window->unmanaged && event.atom == XCB_ATOM_WM_NAME);
   if (decides) appearanceOutdated_.insert(window->id);
 }
 
@@ -131,6 +127,7 @@ bool StackWatcher::takeExtensionEvent(const xcb_generic_event_t& event) {
     const auto& notify = reinterpret_cast<const xcb_shape_notify_event_t&>(event);
     if (notify.shape_kind != XCB_SHAPE_SK_BOUNDING) return false;
     stack_.shapeChanged(notify.affected_window, notify.shaped != 0);
+    if (stack_.find(notify.affected_window)) appearanceOutdated_.insert(notify.affected_window);
     return true;
   }
   if (x11::eventType(event) == all.fixes.firstEvent + XCB_XFIXES_SELECTION_NOTIFY) {
@@ -149,8 +146,7 @@ void StackWatcher::refresh() {
   if (std::exchange(compositorOutdated_, false)) readCompositor();
   if (std::exchange(rootOutdated_, false)) readRoot();
   if (stack_.needsQuery()) readStack();
-  for (const Reparented& found : std::exchange(reparented_, {}))
-    climb(found);
+  readReparented();
   readAppearances();
 }
 
@@ -182,16 +178,42 @@ void StackWatcher::leaveOut(StackedWindow& window) {
                            " are not captured: the X server can't convert their pixels");
 }
 
-// From the new parent of a window up to the child of the root window that holds it.
-void StackWatcher::climb(Reparented found) {
-  WindowId window = found.parent;
+void StackWatcher::readReparented() {
+  if (reparented_.empty()) return;
+  const auto tray = connection_.reply(
+      xcb_get_selection_owner_reply, xcb_get_selection_owner(connection_.raw(), connection_.traySelection()));
+  for (const Reparented& found : std::exchange(reparented_, {})) {
+    const WindowId frame = tray && isTrayPart(found.parent, (*tray)->owner) ? XCB_NONE : frameAround(found.parent);
+    const StackedWindow* parent = stack_.find(found.parent);
+    if (frame != XCB_NONE) {
+      setClient(frame, found.window);
+    } else if (parent && parent->client == found.window) {
+      setClient(found.parent, XCB_NONE);
+    }
+  }
+}
+
+// A panel that nobody manages takes icons in like a frame does its client. A window manager that has a tray of
+// its own makes both.
+bool StackWatcher::isTrayPart(WindowId window, WindowId tray) const {
+  if (tray == XCB_NONE || !connection_.haveOneMaker(window, tray)) return false;
+  return managerWindow_ == XCB_NONE || !connection_.haveOneMaker(tray, managerWindow_);
+}
+
+// From the new parent of a window up to the child of the root window that holds it; none where that is no
+// manager's frame. What programs embed, such as the icons of a panel, lies inside a client.
+WindowId StackWatcher::frameAround(WindowId window) {
   for (int height = 0; height <= deepestClient; ++height) {
-    if (stack_.find(window)) return setClient(window, found.window);
-    const auto reply = connection_.reply(xcb_query_tree_reply, xcb_query_tree(connection_.raw(), window));
-    if (!reply || (*reply)->parent == XCB_NONE) return;
-    if ((*reply)->parent == connection_.root()) return setClient(window, found.window);
+    const auto state = x11::askProperty(connection_, window, connection_.atom(Atom::wmState));
+    const auto tree = xcb_query_tree(connection_.raw(), window);
+    const StackedWindow* known = stack_.findByClient(window);
+    const bool isClient = x11::propertyNumber(connection_, state) || (known && known->id != window);
+    const auto reply = connection_.reply(xcb_query_tree_reply, tree);
+    if (isClient || !reply || (*reply)->parent == XCB_NONE) return XCB_NONE;
+    if ((*reply)->parent == connection_.root()) return window;
     window = (*reply)->parent;
   }
+  return XCB_NONE;
 }
 
 void StackWatcher::setClient(WindowId frame, WindowId client) {
@@ -239,12 +261,8 @@ bool StackWatcher::isBackdrop(std::optional<std::uint32_t> pixmap) {
 // _NET_WM_DESKTOP what it paints. Other managers unmap what is not to be seen, and may show a desktop on each
 // monitor while only one of them is the current one.
 void StackWatcher::followDesktops() {
-  x11::ClientSet manager;
-  if (managerWindow_ != XCB_NONE) {
-    const std::uint32_t mask = connection_.resourceIdMask();
-    manager.add(managerWindow_ & ~mask, mask);
-  }
-  const bool composes = compositorWindow_ != XCB_NONE && manager.made(compositorWindow_);
+  const bool composes = managerWindow_ != XCB_NONE && compositorWindow_ != XCB_NONE &&
+                        connection_.haveOneMaker(managerWindow_, compositorWindow_);
   stack_.currentDesktopIs(composes ? currentDesktop_ : std::nullopt);
 }
 

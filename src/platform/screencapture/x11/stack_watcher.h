@@ -46,7 +46,9 @@ class StackWatcher {
   void readStack();
   void describe(const std::vector<WindowId>& ids);
   void leaveOut(StackedWindow& window);
-  void climb(Reparented found);
+  void readReparented();
+  bool isTrayPart(WindowId window, WindowId tray) const;
+  WindowId frameAround(WindowId window);
   void setClient(WindowId frame, WindowId client);
   void readAppearances();
   void readRoot();

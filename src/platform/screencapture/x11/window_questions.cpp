@@ -34,6 +34,22 @@ bool isShaped(Connection& connection, xcb_shape_query_extents_cookie_t cookie) {
   return reply && (*reply)->bounding_shaped != 0;
 }
 
+xcb_shape_get_rectangles_cookie_t askShape(Connection& connection, WindowId window) {
+  if (!connection.extensions().shape.present) return {};
+  return xcb_shape_get_rectangles(connection.raw(), window, XCB_SHAPE_SK_BOUNDING);
+}
+
+std::vector<DeviceRect> shapeOf(Connection& connection, xcb_shape_get_rectangles_cookie_t cookie) {
+  if (!connection.extensions().shape.present) return {};
+  const auto reply = connection.reply(xcb_shape_get_rectangles_reply, cookie);
+  if (!reply) return {};
+  std::vector<DeviceRect> rects;
+  const xcb_rectangle_t* first = xcb_shape_get_rectangles_rectangles(reply->get());
+  for (int i = 0; i < xcb_shape_get_rectangles_rectangles_length(reply->get()); ++i)
+    rects.push_back({first[i].x, first[i].y, first[i].width, first[i].height});
+  return rects;
+}
+
 struct WindowQuestion {
   WindowId id;
   xcb_get_window_attributes_cookie_t attributes;
@@ -71,7 +87,8 @@ std::optional<StackedWindow> answer(Connection& connection, const VisualFormats&
 // All that decides how one window is shown. What concerns a client is asked where there is one.
 struct AppearanceQuestion {
   FramedClient window;
-  xcb_get_property_cookie_t state, desktop, opacity, clientOpacity, name, extents;
+  xcb_get_property_cookie_t state, desktop, opacity, clientOpacity, name, opaqueRegion, extents;
+  xcb_shape_get_rectangles_cookie_t inside;
   xcb_translate_coordinates_cookie_t corner;
   xcb_get_geometry_cookie_t size;
   xcb_shape_query_extents_cookie_t shape;
@@ -89,6 +106,8 @@ AppearanceQuestion askAppearance(Connection& connection, FramedClient window) {
   asked.opacity = property(window.frame, Atom::netWmWindowOpacity);
   asked.clientOpacity = property(client, Atom::netWmWindowOpacity);
   asked.name = x11::askProperty(connection, window.frame, XCB_ATOM_WM_NAME);
+  asked.opaqueRegion = property(client, Atom::netWmOpaqueRegion);
+  asked.inside = askShape(connection, window.frame);
   if (window.client == 0) return asked;
   asked.extents = property(client, Atom::netFrameExtents);
   asked.corner = xcb_translate_coordinates(connection.raw(), client, window.frame, 0, 0);
@@ -114,6 +133,8 @@ Appearance answerAppearance(Connection& connection, const AppearanceQuestion& as
   properties.clientOpacity = x11::propertyNumber(connection, asked.clientOpacity);
   const std::string name = x11::propertyText(connection, asked.name);
   properties.name = name;
+  properties.opaqueRegion = x11::propertyNumbers(connection, asked.opaqueRegion);
+  properties.shape = shapeOf(connection, asked.inside);
   if (asked.window.client != 0) answerClient(connection, asked, properties);
   return appearanceFrom(properties,
                         {connection.atom(Atom::netWmStateHidden), connection.atom(Atom::netWmStateShaded)});

@@ -82,6 +82,8 @@ void WindowStack::shapeChanged(WindowId idOrClient, bool shaped) {
   if (!found) return;
   StackedWindow& window = *known(found->id);
   (window.id == idOrClient ? window.shaped : window.shown.clientShaped) = shaped;
+  // Until it is asked for.
+  if (window.id == idOrClient) window.shown.insideShape.reset();
   window.shapeGeneration = ++generations_;
   ++revision_;
 }

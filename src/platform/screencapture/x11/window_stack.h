@@ -27,6 +27,10 @@ struct Appearance {
   std::optional<DeviceRect> clientPlace = std::nullopt;  // the client inside
   std::optional<DeviceRect> painted = std::nullopt;      // what the manager paints
   bool clientShaped = false;                             // the client is not the whole of its place
+  // The largest rectangles, relative to the same corner, that lie in the window's shape and in what the program
+  // says that it paints opaquely.
+  std::optional<DeviceRect> insideShape = std::nullopt;
+  std::optional<DeviceRect> opaque = std::nullopt;
 };
 
 // One child of the root window.
