@@ -137,7 +137,7 @@ class StreamDelegate {
 
 // One running capture. Starts at the first configuration given, delivers a complete frame first, then one
 // whenever something inside its rectangle changed (never faster than the interval, and twice more when the
-// changes end), and idle samples in between. Dropping the last reference ends it.
+// changes end), and nothing in between. Dropping the last reference ends it.
 class Stream {
  public:
   virtual ~Stream() = default;

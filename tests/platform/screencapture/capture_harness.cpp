@@ -46,16 +46,10 @@ int Frame::count(std::uint32_t colour) const {
 }
 
 void Receiver::didOutputSampleBuffer(Stream&, const SampleBuffer& sample, OutputType) {
-  const bool isComplete = sample.attachments.front().status == FrameStatus::complete;
-  std::optional<Frame> frame;
-  if (isComplete) frame = copyOf(*sample.imageBuffer);
+  Frame frame = copyOf(*sample.imageBuffer);
   const std::scoped_lock guard(mutex_);
-  if (frame) {
-    frames_.push_back(std::move(*frame));
-    if (holding_) held_.push_back(sample.imageBuffer);
-  } else {
-    ++idle_;
-  }
+  frames_.push_back(std::move(frame));
+  if (holding_) held_.push_back(sample.imageBuffer);
   changed_.notify_all();
 }
 
@@ -93,11 +87,6 @@ std::vector<Frame> Receiver::take() {
   if (frames_.empty()) return {};
   const Frame newest = frames_.back();
   return std::exchange(frames_, {newest});
-}
-
-std::size_t Receiver::idle() const {
-  const std::scoped_lock guard(mutex_);
-  return idle_;
 }
 
 bool Receiver::wait(std::unique_lock<std::mutex>& lock, const std::function<bool()>& condition) {

@@ -57,7 +57,6 @@ class Receiver : public StreamOutput, public StreamDelegate {
   std::vector<Frame> take();
 
   std::size_t complete() const { return frames().size(); }
-  std::size_t idle() const;
 
   // Complete frames from `first` on, once there are `count` of them; fewer when they don't come.
   std::vector<Frame> framesFrom(std::size_t first, std::size_t count);
@@ -76,7 +75,6 @@ class Receiver : public StreamOutput, public StreamDelegate {
   std::condition_variable changed_;
   std::vector<Frame> frames_;
   std::vector<PixelBufferRef> held_;
-  std::size_t idle_ = 0;
   bool holding_ = false;
   std::optional<Error> stop_;
 };

@@ -57,7 +57,6 @@ TEST(CaptureTiming, NothingNewGivesNoFrames) {
     bench.other.fill(beneath, {60, 60, 20, 20}, colour);
   });
   EXPECT_EQ(bench.receiver->waitForQuiet(), before);
-  EXPECT_GT(bench.receiver->idle(), 0u);
 }
 
 TEST(CaptureTiming, EveryChangeOfAQuickSuccessionArrives) {

@@ -148,5 +148,20 @@ TEST(SegmentPool, GrowsAndIsOutlivedByItsFrames) {
   std::memset(frame->bytes(), 1, 256);  // still there: the address sanitizer watches
 }
 
+TEST(SegmentPool, GivesBackWhatIsFarTooLarge) {
+  constexpr std::size_t large = 1280UL * 800 * 4;
+  HeapSource source;
+  SegmentPool pool(source, 3, [] {});
+  PixelBufferRef held = pool.publish(pool.acquire(large), 1280, 800);
+  pool.publish(pool.acquire(large), 1280, 800);
+  pool.publish(pool.acquire(large / 3), 1280, 266);
+  EXPECT_EQ(source.retired, 0) << "not worth it";
+  pool.publish(pool.acquire(64), 4, 4);
+  EXPECT_EQ(source.retired, 2) << "the first one is in use";
+  held = nullptr;
+  pool.publishLast(4, 4);
+  EXPECT_EQ(source.retired, source.made - 1);
+}
+
 }  // namespace
 }  // namespace velicor::screencapture

@@ -7,6 +7,18 @@
 
 namespace velicor::screencapture {
 
+namespace {
+
+// Memory of up to this size is not worth making anew.
+constexpr std::size_t alwaysKept = 1024UL * 1024;
+
+bool isOversized(const Segment& segment, std::size_t wanted) {
+  constexpr std::size_t farTooLarge = 4;
+  return segment.size() > alwaysKept && segment.size() / farTooLarge > wanted;
+}
+
+}  // namespace
+
 Rows Rows::united(const Rows& other) const {
   if (isEmpty()) return other;
   if (other.isEmpty()) return *this;
@@ -59,12 +71,11 @@ std::shared_ptr<Segment> SegmentPool::pickFree() {
 
 std::shared_ptr<Segment> SegmentPool::acquire(std::size_t size) {
   if (!hasFree()) return nullptr;
+  retireOversized(size);
   std::shared_ptr<Segment> segment = pickFree();
   if (segment && segment->size() < size) {
-    source_.retire(*segment);
-    std::erase(segments_, segment);
-    if (segment == last_) last_ = nullptr;
-    segment = nullptr;
+    retire(segment);
+    std::erase(segments_, std::exchange(segment, nullptr));
   }
   if (!segment) {
     segment = source_.make(size);
@@ -75,6 +86,20 @@ std::shared_ptr<Segment> SegmentPool::acquire(std::size_t size) {
   if (segment == last_) last_ = nullptr;
   segment->taken_ = true;
   return segment;
+}
+
+void SegmentPool::retire(const std::shared_ptr<Segment>& segment) {
+  source_.retire(*segment);
+  if (segment == last_) last_ = nullptr;
+}
+
+void SegmentPool::retireOversized(std::size_t size) {
+  std::erase_if(segments_, [&](const auto& segment) {
+    const bool isFree = !segment->taken_ && segment->frames_.load() == 0;
+    const bool goes = isFree && isOversized(*segment, size);
+    if (goes) retire(segment);
+    return goes;
+  });
 }
 
 void SegmentPool::written(const std::shared_ptr<Segment>& segment, const Rows& changed) {
@@ -90,7 +115,10 @@ PixelBufferRef SegmentPool::publish(const std::shared_ptr<Segment>& segment, int
 }
 
 PixelBufferRef SegmentPool::publishLast(int width, int height) {
-  return last_ && hasFree() ? frameOf(last_, width, height) : nullptr;
+  if (!last_ || !hasFree()) return nullptr;
+  PixelBufferRef frame = frameOf(last_, width, height);
+  retireOversized(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+  return frame;
 }
 
 PixelBufferRef SegmentPool::frameOf(const std::shared_ptr<Segment>& segment, int width, int height) {

@@ -90,7 +90,7 @@ Status StreamWorker::look(Instant now) {
   if (!isShown_) return makeFrame(now);
   if (pacer_.owesFrame()) return repeatFrame(now) ? Status() : makeFrame(now);
   if (renderer_.drawnInside()) return makeFrame(now);
-  sendIdle(now);
+  pacer_.idle(now);
   return {};
 }
 
@@ -131,7 +131,7 @@ Status StreamWorker::makeFrame(Instant now) {
   // What was drawn may lie under an opaque neighbour.
   if (isShown_ && !pacer_.owesFrame() && looksLikeLast(*segment, drawing.changed)) {
     pool_.giveBack(segment);
-    sendIdle(now);
+    pacer_.idle(now);
     return {};
   }
   const bool changed = !std::exchange(isShown_, true) || drawing.drawnInside || pacer_.isDemanded();
@@ -163,11 +163,6 @@ Status StreamWorker::skip(Instant now) {
   pacer_.skipped(now);
   if (++failures_ < mostFailures) return {};
   return failure(errorDomain, serverRefused, "The X server does not hand out the screen's contents");
-}
-
-void StreamWorker::sendIdle(Instant now) {
-  pacer_.idle(now);
-  delivery_->send({true, {{FrameStatus::idle}}, nullptr});
 }
 
 // Rows outside the changed ones are the same in both.

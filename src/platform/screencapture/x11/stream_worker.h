@@ -48,7 +48,7 @@ class StreamWorker {
   // When look() has something to do; none: nothing before the next event.
   std::optional<Instant> due();
 
-  // Looks at the screen and sends a sample. The watcher must be up to date. The error ends the stream.
+  // Looks at the screen, and sends a frame where there is something new. The watcher must be up to date. The error ends the stream.
   Status look(Instant now);
 
   // The last look has sent nothing, because a window was gone before its contents could be had. The events
@@ -73,7 +73,6 @@ class StreamWorker {
   bool repeatFrame(Instant now);
   void send(PixelBufferRef frame);
   Status skip(Instant now);
-  void sendIdle(Instant now);
   bool looksLikeLast(const Segment& segment, const Rows& changed) const;
 
   CaptureContext context_;
