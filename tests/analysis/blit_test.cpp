@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <gmock/gmock.h>
 
 #include "analysis/kernel_fixture.h"
@@ -41,6 +43,69 @@ TEST_P(BlitTest, BlendsBetweenTexelCentresAndHoldsTheEdges) {
     for (int x = 0; x < 4; ++x)
       EXPECT_EQ(large.rgb(x, y), (Rgb{across[x], down[y], 0})) << x << " " << y;
   }
+}
+
+TEST_P(BlitTest, TheLoupeMadeSmallerKeepsItsLightness) {
+  const auto checks = frameOf(8, 8, [](int x, int y) {
+    return (x + y) % 2 ? Rgb{200, 100, 50} : Rgb{0, 0, 0};
+  });
+  for (const auto& pixel : drawn(checks, {4, 4}).rgba)
+    EXPECT_EQ(pixel[0], 100);
+}
+
+// What the panel gives to the scopes at scales 1 and 1.25, and on screens of 720 and 600 rows.
+constexpr gpu::Extent paradeSizes[] = {{328, 109}, {251, 84}, {161, 54}, {410, 136}};
+constexpr Rgb trace{200, 100, 50};
+
+TEST_P(BlitTest, NoLevelOfTheParadeIsLost) {
+  constexpr int apart = 8;  // levels that share no row of pixels
+  for (int first = 0; first < apart; ++first) {
+    const auto levels = frameOf(kernels::paradeWidth, kernels::paradeHeight,
+                                [first](int, int y) { return (255 - y) % apart == first ? trace : Rgb{}; });
+    for (const gpu::Extent& size : paradeSizes) {
+      const double extent = size.width * 256.0 / kernels::paradeWidth;
+      const double top = (size.height - extent) / 2;
+      const Pixels shown = drawn(levels, size, {1, static_cast<float>(extent / size.height)}, "blitScope");
+      for (int level = first; level < 256; level += apart) {
+        const int row = static_cast<int>(top + (255.5 - level) * extent / 256);
+        const int seen = std::clamp(row, static_cast<int>(std::ceil(top - 0.5)),
+                                    static_cast<int>(std::ceil(top + extent - 0.5)) - 1);
+        EXPECT_EQ(shown.rgb(size.width / 2, seen), trace) << level << " at " << size.width;
+      }
+    }
+  }
+}
+
+TEST_P(BlitTest, NoBinOfTheVectorscopeIsLost) {
+  constexpr int apart = 4;  // bins that share no pixel
+  for (int first = 0; first < apart * apart; ++first) {
+    const int column = first % apart, row = first / apart;
+    const auto bins = frameOf(kernels::vectorscopeSide, kernels::vectorscopeSide, [&](int x, int y) {
+      return x / 2 % apart == column && y / 2 % apart == row ? trace : Rgb{};
+    });
+    for (const auto& [side, unused] : paradeSizes) {
+      const Pixels shown = drawn(bins, {side, side}, {}, "blitScope");
+      const auto pixelOf = [side = side](int bin) { return (2 * bin + 1) * side / kernels::vectorscopeSide; };
+      int lost = 0;
+      for (int y = row; y < kernels::scopeBins; y += apart) {
+        for (int x = column; x < kernels::scopeBins; x += apart)
+          lost += shown.rgb(pixelOf(x), pixelOf(y)) == trace ? 0 : 1;
+      }
+      EXPECT_EQ(lost, 0) << "of every fourth bin from " << column << ", " << row << " at " << side;
+    }
+  }
+}
+
+TEST_P(BlitTest, AScopeShownLargerStaysAsItIsOnItsGround) {
+  const auto frame = frameOf(97, 61, speckled);
+  for (const auto& size : {gpu::Extent{97, 61}, gpu::Extent{150, 99}}) {
+    const Pixels plain = drawn(frame, size), scope = drawn(frame, size, {}, "blitScope");
+    for (std::size_t i = 0; i < plain.rgba.size(); ++i) {
+      for (std::size_t channel = 0; channel < 3; ++channel)
+        ASSERT_EQ(scope.rgba[i][channel], std::max<int>(plain.rgba[i][channel], kernels::scopeGround));
+    }
+  }
+  EXPECT_EQ(drawn(plainFrame(64, 64, {}), {40, 30}, {0.75F, 1}, "blitScope").rgb(20, 15), nearBlack);
 }
 
 INSTANTIATE_TEST_SUITE_P(Devices, BlitTest, testing::ValuesIn(gpu::test::allDevices()),

@@ -108,6 +108,28 @@ TEST_P(ConformanceTest, DrawsAtAnySize) {
   }
 }
 
+// Whether a texel is covered or not shows in speckles.
+TEST_P(ConformanceTest, ScopesMadeSmallerAgreeToTheBit) {
+  const auto parade =
+      frameOf(kernels::paradeWidth, kernels::paradeHeight, [&](int, int) { return anyColor(); });
+  const auto vectorscope =
+      frameOf(kernels::vectorscopeSide, kernels::vectorscopeSide, [&](int, int) { return anyColor(); });
+  const auto difference = [&](const PixelBufferRef& frame, gpu::Extent size, kernels::Scale scale) {
+    return largestDifference(drawn(frame, size, scale, "blitScope"),
+                             reference_.drawn(frame, size, scale, "blitScope"));
+  };
+  for (int width = 160; width < kernels::vectorscopeSide; width += 1 + below(15)) {
+    const gpu::Extent size{width, width / 3};
+    const float height =
+        static_cast<float>(width) / static_cast<float>(size.height) * 256 / kernels::paradeWidth;
+    EXPECT_EQ(difference(parade, size, {1, height}), 0) << width;
+    EXPECT_EQ(difference(vectorscope, {width, width}, {}), 0) << width;
+  }
+  for (const auto& size :
+       {gpu::Extent{390, 130}, gpu::Extent{256, 256}, gpu::Extent{7, 3}, gpu::Extent{1, 1}})
+    EXPECT_EQ(difference(vectorscope, size, {1, 0.5F}), 0) << size.width;
+}
+
 // From the captured frame to the diagnostic pictures.
 TEST_P(ConformanceTest, TheSixtiethFrameIsDumpedAlike) {
   std::vector<PixelBufferRef> frames;

@@ -160,12 +160,22 @@ Pixels KernelRunner::falseColorOf(const PixelBufferRef& frame, int mode, const P
   return readPixels(preview);
 }
 
-Pixels KernelRunner::drawn(const PixelBufferRef& frame, gpu::Extent size, kernels::Scale scale) {
+const std::shared_ptr<gpu::RenderPipeline>& KernelRunner::blit(const std::string& fragment) {
+  auto& pipeline = blits_[fragment];
+  if (!pipeline) {
+    pipeline = device_->makeRenderPipeline(
+        {library_->function("blitVertex"), library_->function(fragment), gpu::PixelFormat::bgra8Unorm});
+  }
+  return pipeline;
+}
+
+Pixels KernelRunner::drawn(const PixelBufferRef& frame, gpu::Extent size, kernels::Scale scale,
+                           const char* fragment) {
   const auto target = device_->makeTexture({gpu::PixelFormat::bgra8Unorm, size.width, size.height,
                                             gpu::TextureUsage::renderTarget, gpu::StorageMode::deviceOnly});
   const auto commands = queue_->makeCommandBuffer();
   const auto encoder = commands->makeRenderEncoder({target, {0.02, 0.02, 0.02, 1}});
-  encoder->setPipeline(blit_);
+  encoder->setPipeline(blit(fragment));
   encoder->setVertexBytes(std::as_bytes(std::span<const kernels::Scale, 1>(&scale, 1)), 0);
   encoder->setFragmentTexture(wrap(frame), 0);
   encoder->drawTriangles(0, 3);

@@ -59,8 +59,9 @@ class KernelRunner {
   Pixels falseColorOf(const PixelBufferRef& frame, int mode,
                       const Palette::Buffer& palette = Palette::standard().buffer());
 
-  // The frame drawn into a target of this size, on near black.
-  Pixels drawn(const PixelBufferRef& frame, gpu::Extent target, kernels::Scale scale = {});
+  // The frame drawn into a target of this size, on near black, as the loupe or as the scopes.
+  Pixels drawn(const PixelBufferRef& frame, gpu::Extent target, kernels::Scale scale = {},
+               const char* fragment = "blitFragment");
 
  protected:
   std::shared_ptr<gpu::Device> device_;
@@ -68,6 +69,7 @@ class KernelRunner {
  private:
   std::shared_ptr<gpu::Texture> picture(int width, int height);
   const std::shared_ptr<gpu::ComputePipeline>& pipeline(const std::string& name);
+  const std::shared_ptr<gpu::RenderPipeline>& blit(const std::string& fragment);
   void renderScope(gpu::CommandBuffer& commands, const char* kernel,
                    const std::shared_ptr<gpu::Buffer>& counters, float gain,
                    const std::shared_ptr<gpu::Texture>& image);
@@ -75,8 +77,7 @@ class KernelRunner {
   std::shared_ptr<gpu::CommandQueue> queue_ = device_->makeCommandQueue();
   std::shared_ptr<gpu::Library> library_ = defaultLibrary(device_);
   std::map<std::string, std::shared_ptr<gpu::ComputePipeline>> pipelines_;
-  std::shared_ptr<gpu::RenderPipeline> blit_ = device_->makeRenderPipeline(
-      {library_->function("blitVertex"), library_->function("blitFragment"), gpu::PixelFormat::bgra8Unorm});
+  std::map<std::string, std::shared_ptr<gpu::RenderPipeline>> blits_;
 };
 
 class KernelTest : public testing::TestWithParam<gpu::test::TestDevice>, protected KernelRunner {

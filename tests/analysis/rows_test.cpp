@@ -130,6 +130,28 @@ TEST_F(RowsTest, CountersAreTracedAlike) {
   });
 }
 
+TEST_F(RowsTest, TheBrightestIsFoundAlike) {
+  forEveryTarget([&] {
+    for (std::size_t count = 1; count < 70; ++count) {
+      const auto texels = random<Packed>(count);
+      auto other = random<Packed>(count);
+      std::vector<Packed> expected = texels, found = texels;
+      plain::brighten(bytesOf(expected), bytesOf(other), count);
+      brighten(bytesOf(found), bytesOf(other), count);
+      ASSERT_EQ(found, expected) << count;
+      std::vector<TexelRun> runs(count);
+      for (TexelRun& run : runs) {
+        const auto begin = static_cast<std::int32_t>(random_() % count);
+        run = {begin,
+               begin + 1 + static_cast<std::int32_t>(random_() % (count - static_cast<std::size_t>(begin)))};
+      }
+      plain::findBrightest(bytesOf(other), runs.data(), count, count % 2, bytesOf(expected));
+      findBrightest(bytesOf(other), runs.data(), count, count % 2, bytesOf(found));
+      ASSERT_EQ(found, expected) << count;
+    }
+  });
+}
+
 TEST_F(RowsTest, TexelsAreMixedAlike) {
   forEveryTarget([&] {
     for (std::uint32_t weight = 0; weight < 256; ++weight) {

@@ -13,6 +13,7 @@ std::shared_ptr<gpu::Library> defaultLibrary(const std::shared_ptr<gpu::Device>&
       {"renderParade", {.native = kernels::renderParade, .spirv = shaders::renderParade}},
       {"blitVertex", {.native = kernels::blitVertex, .spirv = shaders::blitVertex}},
       {"blitFragment", {.native = kernels::blitFragment, .spirv = shaders::blitFragment}},
+      {"blitScope", {.native = kernels::blitScope, .spirv = shaders::blitScope}},
   });
 }
 

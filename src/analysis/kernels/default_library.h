@@ -18,6 +18,9 @@ namespace velicor {
 //   blitFragment       texture 0; bilinear by its own texel fetches (places between texels rounded to 1/256,
 //                      edges held), so that a texture shown at its own size arrives bit for bit. Alpha is the
 //                      texture's. Pixels outside the scaled rectangle keep what they had.
+//   blitScope          the same for a scope's picture: made smaller, a pixel shows the highest value of each
+//                      channel among all texels that it covers, so that no trace is lost; nothing is darker
+//                      than the scopes' ground
 //
 // Layouts are in kernel_interface.h. Every function is there twice, in C++ and in GLSL (glsl/); what both
 // must agree on they read from the same files (shared/).

@@ -36,6 +36,12 @@ inline Packed packed(std::array<std::uint8_t, 4> bytes) {
 
 inline void store(std::byte* pixel, Packed value) { std::memcpy(pixel, &value, sizeof value); }
 
+// With the first and the third byte exchanged.
+constexpr Packed swapped(Packed pixel) {
+  const Packed outer = pixel & 0x00FF00FF;
+  return (pixel & 0xFF00FF00) | outer >> 16 | outer << 16;
+}
+
 inline Packed opaque(std::int32_t red, std::int32_t green, std::int32_t blue) {
   return packed({static_cast<std::uint8_t>(red), static_cast<std::uint8_t>(green),
                  static_cast<std::uint8_t>(blue), 255});

@@ -11,5 +11,6 @@ void renderVectorscope(const gpu::NativeArguments& arguments, gpu::GridRange ran
 void renderParade(const gpu::NativeArguments& arguments, gpu::GridRange range);
 gpu::NativeVertex blitVertex(const gpu::NativeArguments& arguments, int vertexIndex);
 void blitFragment(const gpu::NativeArguments& arguments, const gpu::FragmentSpan& span);
+void blitScope(const gpu::NativeArguments& arguments, const gpu::FragmentSpan& span);
 
 }  // namespace velicor::kernels

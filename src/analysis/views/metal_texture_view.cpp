@@ -9,11 +9,13 @@ namespace velicor {
 
 namespace {
 
-std::shared_ptr<gpu::RenderPipeline> makeBlitPipeline(const std::shared_ptr<gpu::Device>& device) {
+std::shared_ptr<gpu::RenderPipeline> makeBlitPipeline(const std::shared_ptr<gpu::Device>& device,
+                                                      MetalTextureView::Reduction reduction) {
   const std::shared_ptr<gpu::Library> library = defaultLibrary(device);
   if (!library) return nullptr;
   const auto vertex = library->function("blitVertex");
-  const auto fragment = library->function("blitFragment");
+  const auto fragment =
+      library->function(reduction == MetalTextureView::Reduction::blend ? "blitFragment" : "blitScope");
   if (!vertex || !fragment) return nullptr;
   return device->makeRenderPipeline({vertex, fragment, gpu::PixelFormat::bgra8Unorm});
 }
@@ -40,8 +42,11 @@ std::array<float, 2> aspectFitScale(float dw, float dh, float tw, float th) {
   return {1, view / texture};
 }
 
-MetalTextureView::Renderer::Renderer(const std::shared_ptr<gpu::Device>& device, TextureProvider provider)
-    : provider_(std::move(provider)), queue_(device->makeCommandQueue()), pso_(makeBlitPipeline(device)) {}
+MetalTextureView::Renderer::Renderer(const std::shared_ptr<gpu::Device>& device, TextureProvider provider,
+                                     Reduction reduction)
+    : provider_(std::move(provider)),
+      queue_(device->makeCommandQueue()),
+      pso_(makeBlitPipeline(device, reduction)) {}
 
 void MetalTextureView::Renderer::draw(LiveTextureView& view) {
   DebugDump::tick("drawn");
@@ -71,7 +76,7 @@ void MetalTextureView::Renderer::encode(gpu::RenderEncoder& encoder, gpu::Extent
 }
 
 std::shared_ptr<MetalTextureView::Renderer> MetalTextureView::makeCoordinator() const {
-  return std::make_shared<Renderer>(device, textureProvider);
+  return std::make_shared<Renderer>(device, textureProvider, Reduction::brightest);
 }
 
 std::unique_ptr<LiveTextureView> MetalTextureView::makeView(std::shared_ptr<Renderer> coordinator) const {

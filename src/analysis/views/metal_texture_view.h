@@ -12,16 +12,22 @@ namespace velicor {
 // pixels fits a drawable of dw × dh with its proportions kept. (1, 1) where one of them is empty.
 std::array<float, 2> aspectFitScale(float dw, float dh, float tw, float th);
 
-// A texture in a window: what draws it, on whose device, and when. A plain value, made into a widget once.
+// A scope's texture in a window: what draws it, on whose device, and when. A plain value, made into a widget
+// once.
 struct MetalTextureView {
   // Asked on the main thread at every draw; none draws the clear colour.
   using TextureProvider = std::function<std::shared_ptr<gpu::Texture>()>;
+
+  // What a texture that is larger than its view is reduced to: a blend, or the brightest of all that a pixel
+  // covers.
+  enum class Reduction { blend, brightest };
 
   // Draws one texture, aspect-fitted, over near black. Keeps no frame: every draw asks the provider again.
   // A device or kernel library that lacks what it takes draws the clear colour, or nothing.
   class Renderer : public LiveTextureView::Delegate {
    public:
-    Renderer(const std::shared_ptr<gpu::Device>& device, TextureProvider provider);
+    Renderer(const std::shared_ptr<gpu::Device>& device, TextureProvider provider,
+             Reduction reduction = Reduction::blend);
     void draw(LiveTextureView& view) override;
 
    private:

@@ -1,29 +1,10 @@
 #version 450
 #include "pictures.glsl"
-
-layout(binding = 0) uniform sampler2D source;
-
-layout(location = 0) noperspective in vec2 coordinate;
-layout(location = 0) out vec4 color;
-
-// In 1/256 of a texel, from the first one's centre. Moved up by a few texels, truncation rounds the same way
-// on both sides of zero; what lies further down is outside.
-ivec2 positionOf(vec2 coordinate, ivec2 size) {
-  const float texels = 4.0;
-  return ivec2((coordinate * vec2(size) - 0.5 + texels) * 256.0 + 0.5) - int(texels) * 256;
-}
-
-ivec4 texelAt(int x, int y) { return bytesOf(texelFetch(source, ivec2(x, y), 0)); }
+#include "texels.glsl"
 
 void main() {
   const ivec2 size = textureSize(source, 0);
   const ivec2 position = positionOf(coordinate, size);
-  // More than half a texel beyond the outermost centres.
-  if (isOutside(uvec2(position + 128), 256 * size)) discard;
-  const ivec2 first = max(position >> 8, ivec2(0));
-  const ivec2 second = min((position >> 8) + 1, size - 1);
-  const ivec2 weight = position & 255;
-  const ivec4 above = texelAt(first.x, first.y) * (256 - weight.x) + texelAt(second.x, first.y) * weight.x;
-  const ivec4 below = texelAt(first.x, second.y) * (256 - weight.x) + texelAt(second.x, second.y) * weight.x;
-  color = vec4((above * (256 - weight.y) + below * weight.y + 32768) >> 16) / 255.0;
+  if (isBeyond(position, size)) discard;
+  color = vec4(mixedAt(position, size)) / 255.0;
 }

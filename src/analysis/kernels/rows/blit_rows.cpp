@@ -10,7 +10,9 @@ HWY_BEFORE_NAMESPACE();
 namespace velicor::kernels::HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+using plain::brighten;
 using plain::copySwapped;
+using plain::findBrightest;
 using plain::mixRows;
 using plain::sampleMixed;
 #else
@@ -77,6 +79,33 @@ void sampleMixed(const MixedTexel* texels, const Tap* taps, std::size_t count, b
   }
 }
 
+void brighten(std::byte* texels, const std::byte* other, std::size_t count) {
+  const hn::Repartition<std::uint8_t, Words> bytes;
+  const auto raise = [&](std::size_t first) HWY_ATTR {
+    std::byte* at = texels + gpu::bytesPerPixel * first;
+    const auto raised = hn::Max(hn::BitCast(bytes, loadPixels(at)),
+                                hn::BitCast(bytes, loadPixels(other + gpu::bytesPerPixel * first)));
+    storePixels(hn::BitCast(Words(), raised), at);
+  };
+  if (!forVectors(count, raise)) plain::brighten(texels, other, count);
+}
+
+// One pixel at a time, its four channels side by side.
+void findBrightest(const std::byte* texels, const TexelRun* runs, std::size_t count, bool swapsRedAndBlue,
+                   std::byte* to) {
+  const hn::CappedTag<std::uint8_t, 4> channels;
+  const hn::CappedTag<Packed, 1> whole;
+  const auto* from = reinterpret_cast<const std::uint8_t*>(texels);
+  for (std::size_t i = 0; i < count; ++i, to += gpu::bytesPerPixel) {
+    auto brightest = hn::Zero(channels);
+    for (std::int32_t texel = runs[i].begin; texel < runs[i].end; ++texel)
+      brightest = hn::Max(brightest,
+                          hn::LoadU(channels, from + gpu::bytesPerPixel * static_cast<std::size_t>(texel)));
+    const Packed pixel = hn::GetLane(hn::BitCast(whole, brightest));
+    store(to, swapsRedAndBlue ? swapped(pixel) : pixel);
+  }
+}
+
 #endif
 
 }  // namespace velicor::kernels::HWY_NAMESPACE
@@ -85,7 +114,9 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace velicor::kernels {
 
+HWY_EXPORT(brighten);
 HWY_EXPORT(copySwapped);
+HWY_EXPORT(findBrightest);
 HWY_EXPORT(mixRows);
 HWY_EXPORT(sampleMixed);
 
@@ -101,6 +132,15 @@ void mixRows(const std::byte* upper, const std::byte* lower, std::uint32_t weigh
 void sampleMixed(const MixedTexel* texels, const Tap* taps, std::size_t count, bool swapsRedAndBlue,
                  std::byte* to) {
   HWY_DYNAMIC_DISPATCH(sampleMixed)(texels, taps, count, swapsRedAndBlue, to);
+}
+
+void brighten(std::byte* texels, const std::byte* other, std::size_t count) {
+  HWY_DYNAMIC_DISPATCH(brighten)(texels, other, count);
+}
+
+void findBrightest(const std::byte* texels, const TexelRun* runs, std::size_t count, bool swapsRedAndBlue,
+                   std::byte* to) {
+  HWY_DYNAMIC_DISPATCH(findBrightest)(texels, runs, count, swapsRedAndBlue, to);
 }
 
 }  // namespace velicor::kernels

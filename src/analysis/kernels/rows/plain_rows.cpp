@@ -88,4 +88,20 @@ void sampleMixed(const MixedTexel* texels, const Tap* taps, std::size_t count, b
   }
 }
 
+void brighten(std::byte* texels, const std::byte* other, std::size_t count) {
+  for (std::size_t i = 0; i < gpu::bytesPerPixel * count; ++i)
+    texels[i] = std::max(texels[i], other[i]);
+}
+
+void findBrightest(const std::byte* texels, const TexelRun* runs, std::size_t count, bool swapsRedAndBlue,
+                   std::byte* to) {
+  for (std::size_t i = 0; i < count; ++i, to += gpu::bytesPerPixel) {
+    std::array<std::byte, gpu::bytesPerPixel> brightest{};
+    for (std::int32_t texel = runs[i].begin; texel < runs[i].end; ++texel)
+      brighten(brightest.data(), texels + gpu::bytesPerPixel * static_cast<std::size_t>(texel), 1);
+    if (swapsRedAndBlue) std::swap(brightest[0], brightest[2]);
+    std::memcpy(to, brightest.data(), brightest.size());
+  }
+}
+
 }  // namespace velicor::kernels::plain

@@ -23,6 +23,12 @@ struct Tap {
   std::uint32_t weight;
 };
 
+// Neighbours in a row of texels: begin ≤ i < end, one at least.
+struct TexelRun {
+  std::int32_t begin;
+  std::int32_t end;
+};
+
 // Four channels of a texel between two rows, 256 times a byte, less 32768.
 using MixedTexel = std::array<std::int16_t, 4>;
 
@@ -60,6 +66,13 @@ void mixRows(const std::byte* upper, const std::byte* lower, std::uint32_t weigh
 void sampleMixed(const MixedTexel* texels, const Tap* taps, std::size_t count, bool swapsRedAndBlue,
                  std::byte* to);
 
+// Raises each channel of each texel to that of the other row where that is higher.
+void brighten(std::byte* texels, const std::byte* other, std::size_t count);
+
+// The highest value of each channel in each run.
+void findBrightest(const std::byte* texels, const TexelRun* runs, std::size_t count, bool swapsRedAndBlue,
+                   std::byte* to);
+
 namespace plain {
 
 void paintSkin(SourceRow from, std::byte* to, std::size_t count, const ZoneColors& zones);
@@ -74,6 +87,9 @@ void mixRows(const std::byte* upper, const std::byte* lower, std::uint32_t weigh
              std::size_t count);
 void sampleMixed(const MixedTexel* texels, const Tap* taps, std::size_t count, bool swapsRedAndBlue,
                  std::byte* to);
+void brighten(std::byte* texels, const std::byte* other, std::size_t count);
+void findBrightest(const std::byte* texels, const TexelRun* runs, std::size_t count, bool swapsRedAndBlue,
+                   std::byte* to);
 
 }  // namespace plain
 

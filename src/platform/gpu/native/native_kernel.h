@@ -86,7 +86,7 @@ struct NativeVertex {
 using NativeVertexFunction = NativeVertex (*)(const NativeArguments&, int vertexIndex);
 
 // Covered pixels xBegin ≤ x < xEnd of one row of the target. u and v are the interpolated values at the
-// centre of the first pixel and grow by du and dv from pixel to pixel.
+// centre of the first pixel and grow by du and dv from pixel to pixel, v by dvDown to the row below.
 struct FragmentSpan {
   NativeImage target;
   int y = 0;
@@ -96,6 +96,7 @@ struct FragmentSpan {
   double v = 0;
   double du = 0;
   double dv = 0;
+  double dvDown = 0;
 };
 
 // Writes its colours into the span's pixels; a pixel that it leaves alone keeps what was there. It may be

@@ -81,7 +81,7 @@ void forEachSpan(const Triangle& triangle, const NativeImage& target, int firstR
     const int begin = firstPixel(left, target.width);
     const int end = firstPixel(right, target.width);
     if (begin >= end) continue;
-    draw({target, y, begin, end, u.at(begin + 0.5, centre), v.at(begin + 0.5, centre), u.dx, v.dx});
+    draw({target, y, begin, end, u.at(begin + 0.5, centre), v.at(begin + 0.5, centre), u.dx, v.dx, v.dy});
   }
 }
 
