@@ -2,7 +2,6 @@
 
 #include <QKeyEvent>
 #include <QPainter>
-#include <QTransform>
 #include <QVBoxLayout>
 
 #include "controls/drawing.h"
@@ -11,19 +10,13 @@
 #include "platform/desktop/continuous_corners.h"
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/look.h"
-#include "platform/desktop/panel_ground.h"
-#include "platform/desktop/toolkit_window.h"
 
 namespace velicor::controls {
 
 namespace {
 
-constexpr double edgeOpacity = 0.22;  // of the line around it, which sets it off from a panel below
-constexpr double edgeRoom = 1.5;      // for that line along the arrow, where the window is cut to its shape
-
-QRegion regionOf(const QPainterPath& path, double scale) {
-  return QRegion(QTransform::fromScale(scale, scale).map(path).toFillPolygon().toPolygon());
-}
+// For the line along the arrow, where the window is cut to its shape.
+constexpr double edgeRoom = 0.5;
 
 }  // namespace
 
@@ -81,9 +74,10 @@ void PopoverGround::paintEvent(QPaintEvent*) {
   const double inset = line / 2;
   const QPainterPath path = shape(pixelAligned(painter, body()).adjusted(inset, inset, -inset, -inset),
                                   composed ? cornerRadius : 0);
-  painter.fillPath(path, composed ? look::faded(look::panelGround, desktop::PanelGround::translucentAlpha)
-                                  : look::panelGround);
-  painter.strokePath(path, QPen(look::white(edgeOpacity), line));
+  // What is cut out is a little larger than what is drawn, and black where nothing is.
+  if (!composed) painter.fillRect(rect(), look::panelGround);
+  painter.fillPath(path, look::panelGround);
+  painter.strokePath(path, QPen(look::popoverEdge, line));
 }
 
 void PopoverGround::keyPressEvent(QKeyEvent* event) {
@@ -107,15 +101,8 @@ void PopoverGround::showEvent(QShowEvent*) { fitWindow(); }
 // A window without alpha is cut out of the screen instead.
 void PopoverGround::fitWindow() {
   if (!isVisible()) return;
-  const bool composed = desktop_.compositor().isPresent();
-  if (composed) {
-    window()->clearMask();
-  } else {
-    window()->setMask(regionOf(shape(body(), 0, edgeRoom), 1));
-  }
-  const QPainterPath rounded = shape(body(), cornerRadius);
-  desktop::toolkit::setBlurBehind(desktop::toolkit::identifierOf(*window()),
-                                  composed ? regionOf(rounded, devicePixelRatioF()) : QRegion());
+  if (desktop_.compositor().isPresent()) return window()->clearMask();
+  window()->setMask(QRegion(shape(body(), 0, edgeRoom).toFillPolygon().toPolygon()));
 }
 
 }  // namespace velicor::controls

@@ -15,8 +15,8 @@ class Desktop;
 namespace velicor::controls {
 
 // What fills a popover's window: dark ground with an arrow on its top or bottom edge, and the content on it.
-// Under a compositing manager with round corners and a little translucent, else solid, square and cut to its
-// shape. Main thread.
+// Opaque: it mostly lies over a panel of ours, and colours are judged on it. Under a compositing manager with
+// round corners, else square and cut to its shape. Main thread.
 class PopoverGround : public QWidget {
  public:
   PopoverGround(desktop::Desktop& desktop, std::unique_ptr<QWidget> content);
@@ -32,8 +32,6 @@ class PopoverGround : public QWidget {
 
   // Where the arrow is: on the top edge or the bottom one, its tip that far from the left.
   void setArrow(bool onTop, double tip);
-  bool isArrowOnTop() const { return arrowOnTop_; }
-  double tip() const { return tip_; }
 
   // Gives the keyboard to the first control that Tab would reach.
   void focusFirst(Qt::FocusReason reason);

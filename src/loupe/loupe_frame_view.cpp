@@ -8,6 +8,7 @@
 
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/panel.h"
+#include "platform/desktop/pixel_place.h"
 #include "platform/desktop/pointer.h"
 #include "platform/desktop/screen_layout.h"
 
@@ -147,9 +148,9 @@ void LoupeFrameView::abandonPress() {
 }
 
 void LoupeFrameView::paintEvent(QPaintEvent*) {
-  const desktop::DeviceSize size = desktop::Panel::deviceSizeOf(*this);
+  const DeviceRect pixels = desktop::pixelPlaceOf(*this).inWindow;
   const Painted wanted{{bounds(), isLocked, panelVisible, isInteracting_, showsFocus()},
-                       {size.width, size.height},
+                       {pixels.width, pixels.height},
                        devicePixelRatioF()};
   if (wanted != painted_) {
     picture_ = pictureOf(wanted);

@@ -9,7 +9,7 @@
 #include "platform/base/geometry.h"
 #include "platform/desktop/continuous_corners.h"
 #include "platform/desktop/look.h"
-#include "platform/desktop/panel.h"
+#include "platform/desktop/pixel_place.h"
 #include "platform/desktop/typeface.h"
 
 namespace velicor {
@@ -29,11 +29,11 @@ void Graticule::setCornerRadius(double radius) {
 }
 
 void Graticule::paintEvent(QPaintEvent*) {
-  const desktop::DeviceSize size = desktop::Panel::deviceSizeOf(*this);
-  const QSize pixels(size.width, size.height);
+  const desktop::PixelPlace place = desktop::pixelPlaceOf(*this);
+  const QSize pixels(place.inWindow.width, place.inWindow.height);
   if (pixels.isEmpty()) return;
   if (drawing_.size() != pixels || drawing_.devicePixelRatio() != devicePixelRatioF()) drawing_ = drawn(pixels);
-  QPainter(this).drawImage(0, 0, drawing_);
+  QPainter(this).drawImage(place.inWidget.topLeft(), drawing_);
 }
 
 QImage Graticule::drawn(QSize pixels) const {

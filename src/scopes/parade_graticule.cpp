@@ -20,6 +20,7 @@ constexpr double miterLimit = 10;
 constexpr double labelX = 12;
 constexpr double labelRise = 7;   // of a label's centre above its line
 constexpr double labelInset = 8;  // from the top edge at least
+constexpr double labelHeight = 8;
 
 bool isEnd(double level) { return level == levels.front() || level == levels.back(); }
 
@@ -39,6 +40,14 @@ void drawLine(QPainter& painter, double level, double y, double width) {
   }
 }
 
+// The one of the highest level hangs below its line. Where little room is left, the next one would be printed
+// over it.
+void drawLabel(QPainter& painter, double level, double y) {
+  const double centre = std::max(y - labelRise, labelInset);
+  if (level != levels.back() && centre < labelInset + labelHeight) return;
+  graticule::drawLabel(painter, {labelX, centre}, QString::number(static_cast<int>(level * 100)));
+}
+
 }  // namespace
 
 void ParadeGraticule::draw(QPainter& painter, QSizeF canvas) const {
@@ -47,8 +56,7 @@ void ParadeGraticule::draw(QPainter& painter, QSizeF canvas) const {
     const double y = h * (1 - level);
     painter.setPen(penFor(level));
     drawLine(painter, level, graticule::onPixels(painter, y, lineWidth, h), canvas.width());
-    graticule::drawLabel(painter, {labelX, std::max(y - labelRise, labelInset)},
-                         QString::number(static_cast<int>(level * 100)));
+    drawLabel(painter, level, y);
   }
 }
 

@@ -22,6 +22,7 @@
 #include "platform/base/geometry.h"
 #include "platform/dispatch/main_queue.h"
 #include "scopes/error_block.h"
+#include "scopes/more_below.h"
 #include "scopes/parade_graticule.h"
 #include "scopes/scope_view.h"
 #include "scopes/scope_words.h"
@@ -177,6 +178,8 @@ QWidget* ScopesView::scrollArea() {
   column.addWidget(hairlineBelowEditor_ = hairline());
   column.addWidget(legend());
   column.addStretch(1);
+  moreBelow_ = new MoreBelow(this);
+  scrolled_->onMoreBelow = [this](bool isMore) { moreBelow_->setVisible(isMore); };
   return scrolled_;
 }
 
@@ -262,6 +265,12 @@ void ScopesView::refresh() {
   const bool failure = capture_.lastError() && error_->isHidden();
   error_->setError(capture_.lastError());
   if (failure) scrolled_->bringIntoSight(*error_);
+}
+
+// In the padding, so that it lies over nothing.
+void ScopesView::resizeEvent(QResizeEvent*) {
+  const QRect inner = rect().marginsRemoved(padding);
+  moreBelow_->setGeometry(inner.left(), inner.bottom() + 1, inner.width(), padding.bottom());
 }
 
 void ScopesView::keyPressEvent(QKeyEvent* event) {

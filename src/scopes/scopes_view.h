@@ -26,6 +26,7 @@ class Desktop;
 class ErrorBlock;
 class Graticule;
 class LegendView;
+class MoreBelow;
 class PaletteEditor;
 class ScopeNarrator;
 class ScopeView;
@@ -42,6 +43,7 @@ class ScopesView : public QWidget {
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
  private:
   // The pieces, from top to bottom; each is made once.
@@ -76,6 +78,7 @@ class ScopesView : public QWidget {
   controls::Label* percentage_ = nullptr;
   controls::SegmentedPicker* rate_ = nullptr;
   ScrollColumn* scrolled_ = nullptr;
+  MoreBelow* moreBelow_ = nullptr;
   std::unique_ptr<ScopeNarrator> narrator_;
   PaletteEditor* editor_ = nullptr;
   QWidget* hairlineBelowEditor_ = nullptr;

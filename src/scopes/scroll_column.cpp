@@ -1,5 +1,7 @@
 #include "scopes/scroll_column.h"
 
+#include <utility>
+
 #include <QApplication>
 #include <QScrollBar>
 #include <QTimer>
@@ -35,6 +37,8 @@ ScrollColumn::ScrollColumn(QWidget* parent) : QScrollArea(parent) {
   });
   // What has just grown is laid out later than the keyboard got there.
   connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &ScrollColumn::followLayout);
+  connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &ScrollColumn::noteMoreBelow);
+  connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &ScrollColumn::noteMoreBelow);
 }
 
 void ScrollColumn::bringIntoSight(QWidget& part) {
@@ -45,6 +49,12 @@ void ScrollColumn::bringIntoSight(QWidget& part) {
 void ScrollColumn::followLayout() {
   if (!wanted_) return followFocus(QApplication::focusWidget());
   if (wanted_->isVisible()) ensureWidgetVisible(wanted_, 0, 0);
+}
+
+void ScrollColumn::noteMoreBelow() {
+  const bool isMore = verticalScrollBar()->value() < verticalScrollBar()->maximum();
+  if (isMore == std::exchange(isMoreBelow_, isMore)) return;
+  if (onMoreBelow) onMoreBelow(isMore);
 }
 
 void ScrollColumn::wheelEvent(QWheelEvent* event) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QPointer>
 #include <QScrollArea>
 
@@ -19,6 +21,9 @@ class ScrollColumn : public QScrollArea {
   // Whether the key was one that scrolls.
   bool scrollBy(int key);
 
+  // Hears whether a part of the column lies below its place, after that has changed.
+  std::function<void(bool isMore)> onMoreBelow;
+
   // Scrolls to a part of the column once it is laid out, and keeps to it until the user scrolls or moves the
   // keyboard.
   void bringIntoSight(QWidget& part);
@@ -29,9 +34,11 @@ class ScrollColumn : public QScrollArea {
  private:
   void followFocus(QWidget* focused);
   void followLayout();
+  void noteMoreBelow();
 
   QVBoxLayout* column_;
   QPointer<QWidget> wanted_;
+  bool isMoreBelow_ = false;
 };
 
 }  // namespace velicor

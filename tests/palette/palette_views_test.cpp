@@ -19,6 +19,7 @@
 #include "palette/palette_editor.h"
 #include "palette/preset_grid.h"
 #include "platform/desktop/desktop.h"
+#include "platform/desktop/look.h"
 #include "platform/desktop/panel.h"
 #include "support/main_loop.h"
 #include "support/robot.h"
@@ -227,6 +228,30 @@ TEST_F(PaletteViewsTest, PopoverPointsAtTheWellAndTakesAndReturnsTheKeyboard) {
   QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
   EXPECT_FALSE(well(1).open());
   EXPECT_EQ(well(1).rgb(), reported.back().skinGreen);
+}
+
+// Neither what lies below nor the black of a window without alpha shows through.
+TEST_F(PaletteViewsTest, PopoverIsOpaqueWithAndWithoutACompositor) {
+  expand(editor->height() + 84);
+  openWell(0);
+  const auto grabbed = [&] { return popover(0).grab().toImage(); };
+  const QRegion cut = popover(0).mask();
+  ASSERT_FALSE(cut.isEmpty());
+  const QImage square = grabbed();
+  int transparent = 0;
+  for (const QRect& part : cut) {
+    for (int y = part.top(); y <= part.bottom(); ++y) {
+      for (int x = part.left(); x <= part.right(); ++x)
+        transparent += qAlpha(square.pixel(x, y)) < 255 ? 1 : 0;
+    }
+  }
+  EXPECT_EQ(transparent, 0);
+
+  client.takeSelection("_NET_WM_CM_S0");
+  ASSERT_TRUE(waitUntil([&] { return popover(0).mask().isEmpty(); }));
+  const QImage rounded = grabbed();
+  EXPECT_EQ(qAlpha(rounded.pixel(0, rounded.height() - 1)), 0);
+  EXPECT_EQ(rounded.pixel(5, rounded.height() / 2), look::panelGround.rgba());
 }
 
 TEST_F(PaletteViewsTest, ClicksOutsideAndEscapeDismissAndKeepTheColour) {

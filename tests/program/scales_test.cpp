@@ -1,7 +1,8 @@
-// The loupe at scales with a fraction: it stands, captures and answers to the pixel.
+// The loupe and the scopes at scales with a fraction: they stand, capture and answer to the pixel.
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 #include <map>
 #include <utility>
 
@@ -99,6 +100,36 @@ TEST_P(ScalesTest, TheAnswerLiesOnItsPixelsWhereverTheLoupeIs) {
   }));
 }
 
+class FractionTest : public ScalesTest {};
+
+// The rows of one column that belong to the parade: a line, ground of one colour, a line. Neither a trace nor
+// a dash of an inner line lies in the column, which is in the gap between red and green.
+TEST_P(FractionTest, TheParadeIsWholeFromLineToLine) {
+  stage_.painter().lower(stage_.painter().showColour({0, 0, 1280, 800}, 0));
+  Launch launch = stage_.launch();
+  launch.environment = {GetParam().variable};
+  RunningVelicor velicor(launch);
+  const double scale = GetParam().scale;
+  const double width = std::round(std::max(0.75 * (800 / scale - 386), 160.0));  // points
+  const int column = roundHalfAway(1280 - (180 + width / 2 - width * 257.5 / 780) * scale);
+  const int lowest = roundHalfAway((width / 3 - 2) * scale);
+  int rows = 0;
+  EXPECT_TRUE(waitUntil([&] {
+    const QImage image = stage_.screenshot();
+    const auto isGround = [&](int y) { return image.pixel(column, y) == qRgb(5, 5, 5); };
+    int bottom = image.height() - 1;
+    while (bottom > 0 && !isGround(bottom))
+      --bottom;
+    int top = bottom;
+    while (top > 0 && isGround(top))
+      --top;
+    rows = bottom - top;
+    const auto isLine = [&](int y) { return qRed(image.pixel(column, y)) > 0x40; };
+    return rows >= lowest && isLine(top) && isLine(bottom + 1);
+  })) << rows
+      << " rows of ground" << velicor.log();
+}
+
 class ChangingScaleTest : public testing::Test {
  protected:
   ChangingScaleTest() { stage_.painter().lower(stage_.painter().showPattern({0, 0, 1280, 800}, pattern)); }
@@ -140,6 +171,11 @@ INSTANTIATE_TEST_SUITE_P(, ScalesTest,
                          testing::Values(Setting{"OneAndAQuarter", "QT_SCALE_FACTOR=1.25", 1.25},
                                          Setting{"OneAndAHalfOfTheScreen", "QT_SCREEN_SCALE_FACTORS=screen=1.5", 1.5},
                                          Setting{"Two", "QT_SCALE_FACTOR=2", 2}),
+                         [](const auto& test) { return test.param.name; });
+
+INSTANTIATE_TEST_SUITE_P(, FractionTest,
+                         testing::Values(Setting{"OneAndAQuarter", "QT_SCALE_FACTOR=1.25", 1.25},
+                                         Setting{"OneAndAHalf", "QT_SCALE_FACTOR=1.5", 1.5}),
                          [](const auto& test) { return test.param.name; });
 
 }  // namespace

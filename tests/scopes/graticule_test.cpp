@@ -29,6 +29,16 @@ int lineIn(const QImage& image, int x, int top, int bottom) {
   return best;
 }
 
+// How many pixels of these rows are covered where the parade's labels are.
+int inked(const QImage& image, int from, int to) {
+  int total = 0;
+  for (int y = from; y <= to; ++y) {
+    for (int x = 5; x < 20; ++x)
+      total += alphaAt(image, x, y) > 90 ? 1 : 0;
+  }
+  return total;
+}
+
 TEST(VectorscopeGraticuleTest, targetsStandWhereTheirColoursFall) {
   struct Expected {
     const char* label;
@@ -87,14 +97,20 @@ TEST(ParadeGraticuleTest, labelsAndLinesStandAtTheirLevels) {
     EXPECT_TRUE((alphaAt(image, 34, y) == 0) != (alphaAt(image, 38, y) == 0)) << "four on, four off at " << y;
   }
   // The labels' middles: the one of the highest level hangs below its line.
-  const auto inked = [&](int from, int to) {
-    int total = 0;
-    for (int y = from; y <= to; ++y) {
-      for (int x = 5; x < 20; ++x) total += alphaAt(image, x, y) > 90 ? 1 : 0;
-    }
-    return total;
-  };
-  for (const int centre : {93, 68, 43, 18, 8}) EXPECT_GT(inked(centre - 2, centre + 2), 5) << centre;
+  for (const int centre : {93, 68, 43, 18, 8})
+    EXPECT_GT(inked(image, centre - 2, centre + 2), 5) << centre;
+}
+
+// That of 100 reaches down to row 11; between it and that of 75 a row is free.
+TEST(ParadeGraticuleTest, noLabelIsPrintedOverAnother) {
+  for (const int height : {54, 84, 91, 92}) {
+    ParadeGraticule graticule;
+    const QImage image = drawing(graticule, {3 * height, height});
+    EXPECT_GT(inked(image, 5, 11), 10) << height;
+    EXPECT_EQ(inked(image, 12, 12), 0) << height;
+    EXPECT_EQ(inked(image, 13, height / 4 - 2) > 0, height >= 92) << height;
+    EXPECT_GT(inked(image, height / 2 - 9, height / 2 - 5), 5) << height;
+  }
 }
 
 }  // namespace

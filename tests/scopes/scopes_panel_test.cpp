@@ -23,6 +23,7 @@
 #include "menubar/hot_key.h"
 #include "palette/legend_view.h"
 #include "palette/palette_editor.h"
+#include "scopes/more_below.h"
 #include "scopes/panel_title_strip.h"
 #include "scopes/parade_graticule.h"
 #include "scopes/scope_view.h"
@@ -178,6 +179,7 @@ TEST_P(ScopesLayoutTest, everyPieceHasItsPlace) {
 
   const bool fits = view->height() >= hint.bottom() + 1 + 12;
   EXPECT_EQ(fits, GetParam() > 500) << "the lower part scrolls";
+  EXPECT_EQ(child<MoreBelow>(*view)->isVisible(), !fits);
   state().setMode(Mode::original);
   settle();
   EXPECT_EQ(at(*child<LegendView>(*view)).top(), lines[2].bottom() + 1 + 12) << "one line, and no editor";
@@ -284,9 +286,11 @@ TEST_F(ScopesPanelTest, onlyScopesInSightAreDrawn) {
   view->resize(360, 360);
   settle();
   EXPECT_EQ(seen(), std::pair(true, false));
+  EXPECT_TRUE(child<MoreBelow>(*view)->isVisible());
   bar->setValue(bar->maximum());
   settle();
   EXPECT_EQ(seen(), std::pair(false, true));
+  EXPECT_FALSE(child<MoreBelow>(*view)->isVisible());
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "platform/desktop/continuous_corners.h"
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/panel.h"
+#include "platform/desktop/pixel_place.h"
 #include "platform/desktop/window_stack.h"
 #include "platform/dispatch/main_queue.h"
 
@@ -85,8 +86,8 @@ void LiveTextureView::draw() {
 }
 
 QRect LiveTextureView::pictureRect() const {
-  const desktop::DeviceSize size = desktop::Panel::deviceSizeOf(*this);
-  return {0, 0, size.width, size.height};
+  const DeviceRect pixels = desktop::pixelPlaceOf(*this).inWindow;
+  return {0, 0, pixels.width, pixels.height};
 }
 
 gpu::Extent LiveTextureView::drawableSize() const {
@@ -96,6 +97,7 @@ gpu::Extent LiveTextureView::drawableSize() const {
 
 std::optional<gpu::RenderTarget> LiveTextureView::currentRenderTarget() {
   const gpu::Extent size = drawableSize();
+  asked_ = size;
   if (size.width <= 0 || size.height <= 0) return std::nullopt;
   if (!drawable_) drawable_ = drawables_->next(size.width, size.height);
   if (!drawable_) return std::nullopt;
@@ -138,7 +140,8 @@ void LiveTextureView::setCornerRadius(double radius) {
 QRectF LiveTextureView::place() const {
   const QRect pixels = pictureRect();
   const double scale = devicePixelRatioF();
-  return {QPointF(pixels.topLeft()) / scale, QSizeF(pixels.size()) / scale};
+  return {desktop::pixelPlaceOf(*this).inWidget.topLeft() + QPointF(pixels.topLeft()) / scale,
+          QSizeF(pixels.size()) / scale};
 }
 
 // The toolkit then leaves out what lies below.
@@ -150,6 +153,8 @@ void LiveTextureView::noteOpaqueness() {
 // Coming to light by being scrolled is told by nothing but the paint event.
 void LiveTextureView::paintEvent(QPaintEvent*) {
   drawIfMissed();
+  // Scrolled to another place, it may cover a row of pixels more or less.
+  if (asked_ != drawableSize()) setNeedsDisplay();
   const std::shared_ptr<const gpu::Picture> picture = drawables_->front();
   if (!picture) return;
   QPainter painter(this);
@@ -171,20 +176,20 @@ void LiveTextureView::paintPicture(QPainter& painter, QImage image) const {
   if (alpha_ == 1 && !fourthByteCounts_) makeOpaque(painter, place());
 }
 
-// A clip with soft edges makes painting many times slower, so only what has corners is painted with one. The parts
-// meet between two device pixels, at any scale.
+// A clip with soft edges makes painting many times slower, so only what has corners is painted with one. The
+// parts meet between two device pixels.
 void LiveTextureView::paintRounded(QPainter& painter, const QImage& image) const {
   const double scale = devicePixelRatioF();
-  const double deviceHeight = std::round(height() * scale);
-  const double corners = std::min(std::ceil(2 * cornerRadius_ * scale), std::floor(deviceHeight / 2));
-  const double upper = corners / scale;
-  const double lower = (deviceHeight - corners) / scale;
-  const auto band = [this](double top, double bottom) { return QRectF(0, top, width(), bottom - top); };
-  painter.setClipRect(band(upper, lower));
+  const QRectF whole = place();
+  const double corners =
+      std::min<double>(std::ceil(2 * cornerRadius_ * scale), pictureRect().height() / 2) / scale;
+  const QRectF middle = whole.adjusted(0, corners, 0, -corners);
+  painter.setClipRect(middle);
   paintPicture(painter, image);
   painter.setRenderHint(QPainter::Antialiasing);
-  const QPainterPath outline = desktop::continuousCorners(rect(), cornerRadius_);
-  for (const QRectF& end : {band(0, upper), band(lower, height())}) {
+  const QPainterPath outline = desktop::continuousCorners(whole, cornerRadius_);
+  for (const QRectF& end :
+       {QRectF(whole.topLeft(), middle.topRight()), QRectF(middle.bottomLeft(), whole.bottomRight())}) {
     painter.setClipPath(outline);
     painter.setClipRect(end, Qt::IntersectClip);
     paintPicture(painter, image);

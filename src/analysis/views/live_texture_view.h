@@ -71,8 +71,8 @@ class LiveTextureView : public QWidget {
   void showEvent(QShowEvent* event) override;
   void hideEvent(QHideEvent* event) override;
 
-  // Which part of the view the picture is made for and painted on, in device pixels from its top-left corner.
-  // All of it where no heir says otherwise.
+  // Which part of the view the picture is made for and painted on, in device pixels from the first that it
+  // covers. All of it where no heir says otherwise.
   virtual QRect pictureRect() const;
 
   // The pictures' fourth byte means nothing, as in captured frames; at opacity 1 the view is painted opaque all the
@@ -95,6 +95,7 @@ class LiveTextureView : public QWidget {
   std::shared_ptr<gpu::Drawable> drawable_;  // of the draw that is being encoded
   double alpha_ = 1;
   double cornerRadius_ = 0;
+  gpu::Extent asked_;  // the last target's size
   bool fourthByteCounts_ = true;
   bool scheduled_ = false;  // a draw waits for the next turn
   bool underWay_ = false;   // the device has not finished the last draw

@@ -168,15 +168,6 @@ Panel* Panel::of(const QWidget* widget) {
   return carrier ? &carrier->panel : nullptr;
 }
 
-DeviceSize Panel::deviceSizeOf(const QWidget& widget) {
-  const QWidget* window = widget.window();
-  const Panel* panel = of(window);
-  const bool fills = panel && widget.size() == window->size();
-  if (fills) return {panel->deviceFrame_.width, panel->deviceFrame_.height};
-  const double scale = widget.devicePixelRatioF();
-  return {roundHalfAway(widget.width() * scale), roundHalfAway(widget.height() * scale)};
-}
-
 QWidget& Panel::window() const { return *carrier_; }
 
 void Panel::setFrame(DesktopRect frame) {

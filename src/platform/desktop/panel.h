@@ -19,12 +19,6 @@ class ManagedVisibility;
 class Panel;
 enum class Standing;
 
-struct DeviceSize {
-  int width = 0;
-  int height = 0;
-  friend bool operator==(const DeviceSize&, const DeviceSize&) = default;
-};
-
 // Hears that a panel has a new frame, whoever gave it, and that the user wants to close it.
 class PanelDelegate {
  public:
@@ -55,9 +49,6 @@ class Panel {
 
   // The panel whose window a widget is in, or none.
   static Panel* of(const QWidget* widget);
-
-  // A widget's size in device pixels: exact where it fills a panel, else the nearest to its size in points.
-  static DeviceSize deviceSizeOf(const QWidget& widget);
 
   // In points, fractions included. The window's edges are at the nearest device pixels.
   const DesktopRect& frame() const { return frame_; }

@@ -1,5 +1,8 @@
 #include "platform/desktop/panel_ground.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include <QPainter>
 #include <QPainterPath>
 #include <QRegion>
@@ -9,6 +12,7 @@
 #include "platform/desktop/continuous_corners.h"
 #include "platform/desktop/desktop.h"
 #include "platform/desktop/look.h"
+#include "platform/desktop/pixel_place.h"
 #include "platform/desktop/toolkit_window.h"
 
 namespace velicor::desktop {
@@ -22,9 +26,16 @@ PanelGround::PanelGround(Desktop& desktop, QWidget* parent) : QWidget(parent), d
 
 void PanelGround::paintEvent(QPaintEvent*) {
   QPainter painter(this);
-  if (!desktop_.compositor().isPresent()) return painter.fillRect(rect(), look::panelGround);
+  const bool composed = desktop_.compositor().isPresent();
+  const QRectF whole = pixelPlaceOf(*this).inWidget;
+  const double scale = devicePixelRatioF();
+  const double line = std::max(1.0, std::round(scale)) / scale;
+  const QRectF edge = whole.adjusted(line / 2, line / 2, -line / 2, -line / 2);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.fillPath(continuousCorners(rect(), cornerRadius), look::faded(look::panelGround, translucentAlpha));
+  const QPainterPath ground = continuousCorners(whole, composed ? cornerRadius : 0);
+  painter.fillPath(ground, composed ? look::faded(look::panelGround, translucentAlpha) : look::panelGround);
+  painter.strokePath(continuousCorners(edge, composed ? cornerRadius - line / 2 : 0),
+                     QPen(look::panelEdge, line));
 }
 
 void PanelGround::resizeEvent(QResizeEvent*) { applyBlur(); }

@@ -10,7 +10,7 @@ class Desktop;
 
 // The dark ground of a panel, which it fills. While a compositing manager runs it has round corners, and the
 // desktop shines through a little, blurred where the manager does that; without one it is a solid rectangle.
-// Main thread.
+// A quiet line runs along its edge. Main thread.
 class PanelGround : public QWidget {
  public:
   explicit PanelGround(Desktop& desktop, QWidget* parent = nullptr);

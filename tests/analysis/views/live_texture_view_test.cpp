@@ -168,7 +168,7 @@ TEST_F(LiveTextureViewTest, aViewOfAValueKeepsItsCoordinator) {
   settleDraws();
   QImage picture(scope->size(), QImage::Format_RGB32);
   scope->render(&picture);
-  EXPECT_EQ(picture.pixel(100, 75), qRgb(255, 255, 0));
+  EXPECT_EQ(picture.pixel(100, 75), qRgb(255, 255, 5));
   EXPECT_EQ(picture.pixel(20, 75), nearBlack);
 }
 
