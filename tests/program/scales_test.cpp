@@ -100,34 +100,54 @@ TEST_P(ScalesTest, TheAnswerLiesOnItsPixelsWhereverTheLoupeIs) {
   }));
 }
 
-class FractionTest : public ScalesTest {};
+class FractionTest : public ScalesTest {
+ protected:
+  // Of ground without a break, in one column of pixels.
+  struct Run {
+    int top;
+    int bottom;
+  };
 
-// The rows of one column that belong to the parade: a line, ground of one colour, a line. Neither a trace nor
-// a dash of an inner line lies in the column, which is in the gap between red and green.
-TEST_P(FractionTest, TheParadeIsWholeFromLineToLine) {
+  static bool isGround(const QImage& image, int x, int y) { return image.pixel(x, y) == qRgb(5, 5, 5); }
+  static bool isLine(const QImage& image, int x, int y) { return qRed(image.pixel(x, y)) > 0x40; }
+
+  static Run firstRun(const QImage& image, int x) {
+    Run run{0, 0};
+    while (run.top < image.height() - 1 && !isGround(image, x, run.top))
+      ++run.top;
+    run.bottom = run.top;
+    while (run.bottom < image.height() && isGround(image, x, run.bottom))
+      ++run.bottom;
+    return run;
+  }
+
+  static Run lastRun(const QImage& image, int x) {
+    const Run run = firstRun(image.mirrored(), x);
+    return {image.height() - run.bottom, image.height() - run.top};
+  }
+};
+
+// The vectorscope's first column that its corners leave whole has nothing in it down to the outer ring. The
+// parade has neither a trace nor a dash in its gap between red and green: a line, ground, a line.
+TEST_P(FractionTest, TheScopesHaveNoSeamAndBothEndLines) {
   stage_.painter().lower(stage_.painter().showColour({0, 0, 1280, 800}, 0));
   Launch launch = stage_.launch();
   launch.environment = {GetParam().variable};
   RunningVelicor velicor(launch);
   const double scale = GetParam().scale;
   const double width = std::round(std::max(0.75 * (800 / scale - 386), 160.0));  // points
-  const int column = roundHalfAway(1280 - (180 + width / 2 - width * 257.5 / 780) * scale);
-  const int lowest = roundHalfAway((width / 3 - 2) * scale);
-  int rows = 0;
+  const auto column = [&](double x) { return roundHalfAway(1280 - (180 + width / 2 - x) * scale); };
+  const int gap = column(width * 257.5 / 780);
+  Run vectorscope{}, parade{};
   EXPECT_TRUE(waitUntil([&] {
     const QImage image = stage_.screenshot();
-    const auto isGround = [&](int y) { return image.pixel(column, y) == qRgb(5, 5, 5); };
-    int bottom = image.height() - 1;
-    while (bottom > 0 && !isGround(bottom))
-      --bottom;
-    int top = bottom;
-    while (top > 0 && isGround(top))
-      --top;
-    rows = bottom - top;
-    const auto isLine = [&](int y) { return qRed(image.pixel(column, y)) > 0x40; };
-    return rows >= lowest && isLine(top) && isLine(bottom + 1);
-  })) << rows
-      << " rows of ground" << velicor.log();
+    vectorscope = firstRun(image, column(5));
+    parade = lastRun(image, gap);
+    return vectorscope.bottom - vectorscope.top >= 40 * scale &&
+           parade.bottom - parade.top >= (width / 3 - 3) * scale && isLine(image, gap, parade.top - 1) &&
+           isLine(image, gap, parade.bottom);
+  })) << vectorscope.top
+      << " to " << vectorscope.bottom << ", " << parade.top << " to " << parade.bottom << velicor.log();
 }
 
 class ChangingScaleTest : public testing::Test {
