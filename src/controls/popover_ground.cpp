@@ -1,5 +1,6 @@
 #include "controls/popover_ground.h"
 
+#include <QBitmap>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QVBoxLayout>
@@ -12,13 +13,6 @@
 #include "platform/desktop/look.h"
 
 namespace velicor::controls {
-
-namespace {
-
-// For the line along the arrow, where the window is cut to its shape.
-constexpr double edgeRoom = 0.5;
-
-}  // namespace
 
 PopoverGround::PopoverGround(desktop::Desktop& desktop, std::unique_ptr<QWidget> content)
     : desktop_(desktop), content_(content.release()) {
@@ -53,31 +47,45 @@ QRectF PopoverGround::body() const {
   return QRectF(rect()).adjusted(0, arrowOnTop_ ? arrowHeight : 0, 0, arrowOnTop_ ? 0 : -arrowHeight);
 }
 
-QPainterPath PopoverGround::shape(const QRectF& body, double radius, double grown) const {
+// Reaches into the body, so that the two become one.
+QPainterPath PopoverGround::arrow(const QRectF& body) const {
   const double base = arrowOnTop_ ? body.top() : body.bottom();
   const double up = arrowOnTop_ ? -1 : 1;
-  const double half = arrowWidth / 2.0 + grown;
-  QPainterPath arrow;
-  // Reaching into the body, so that the two become one.
-  arrow.addPolygon(QPolygonF({{tip_ - half - 1, base - up},
-                              {tip_, base + up * (arrowHeight - 1 + grown)},
-                              {tip_ + half + 1, base - up}}));
-  arrow.closeSubpath();
-  return desktop::continuousCorners(body, radius).united(arrow);
+  const double half = arrowWidth / 2.0 + 1;
+  QPainterPath path;
+  path.addPolygon(
+      QPolygonF({{tip_ - half, base - up}, {tip_, base + up * (arrowHeight - 1)}, {tip_ + half, base - up}}));
+  path.closeSubpath();
+  return path;
+}
+
+// A window without alpha is cut out of the screen instead: to the pixels that the arrow touches.
+QRegion PopoverGround::cut() const {
+  QBitmap touched(size());
+  touched.clear();
+  QPainter painter(&touched);
+  painter.setPen(QPen(Qt::color1, 1));
+  painter.setBrush(Qt::color1);
+  painter.drawPath(arrow(body()));
+  painter.fillRect(body(), Qt::color1);
+  painter.end();
+  return QRegion(touched);
 }
 
 void PopoverGround::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const bool composed = desktop_.compositor().isPresent();
+  const double radius = composed ? cornerRadius : 0;
+  const QRectF whole = pixelAligned(painter, body());
   const double line = pixelWidth(painter, 1);
   const double inset = line / 2;
-  const QPainterPath path = shape(pixelAligned(painter, body()).adjusted(inset, inset, -inset, -inset),
-                                  composed ? cornerRadius : 0);
-  // What is cut out is a little larger than what is drawn, and black where nothing is.
+  const QRectF edge = whole.adjusted(inset, inset, -inset, -inset);
+  // Where nothing is drawn, a window without alpha is black.
   if (!composed) painter.fillRect(rect(), look::panelGround);
-  painter.fillPath(path, look::panelGround);
-  painter.strokePath(path, QPen(look::popoverEdge, line));
+  painter.fillPath(desktop::continuousCorners(whole, radius).united(arrow(edge)), look::panelGround);
+  painter.strokePath(desktop::continuousCorners(edge, radius).united(arrow(edge)),
+                     QPen(look::popoverEdge, line));
 }
 
 void PopoverGround::keyPressEvent(QKeyEvent* event) {
@@ -98,11 +106,9 @@ void PopoverGround::resizeEvent(QResizeEvent*) { fitWindow(); }
 
 void PopoverGround::showEvent(QShowEvent*) { fitWindow(); }
 
-// A window without alpha is cut out of the screen instead.
 void PopoverGround::fitWindow() {
   if (!isVisible()) return;
-  if (desktop_.compositor().isPresent()) return window()->clearMask();
-  window()->setMask(QRegion(shape(body(), 0, edgeRoom).toFillPolygon().toPolygon()));
+  desktop_.compositor().isPresent() ? window()->clearMask() : window()->setMask(cut());
 }
 
 }  // namespace velicor::controls

@@ -44,7 +44,8 @@ class PopoverGround : public QWidget {
 
  private:
   QRectF body() const;
-  QPainterPath shape(const QRectF& body, double radius, double grown = 0) const;
+  QPainterPath arrow(const QRectF& body) const;
+  QRegion cut() const;
   void fitWindow();
 
   desktop::Desktop& desktop_;
