@@ -1,5 +1,6 @@
 #include "platform/x11/atoms.h"
 
+#include <cstdint>
 #include <string_view>
 
 #include "platform/x11/owned.h"
