@@ -132,10 +132,10 @@ void Flight::await() const {
 std::vector<PassTime> Flight::passTimes() const {
   std::vector<PassTime> times;
   if (passes_.empty()) return times;
-  const auto ticks = clock_
-                         .getResults<std::uint64_t>(0, timestamps_, timestamps_ * sizeof(std::uint64_t),
-                                                    sizeof(std::uint64_t), vk::QueryResultFlagBits::e64)
-                         .second;
+  // A pair or a structure, depending on the headers.
+  const auto [result, ticks] =
+      clock_.getResults<std::uint64_t>(0, timestamps_, timestamps_ * sizeof(std::uint64_t),
+                                       sizeof(std::uint64_t), vk::QueryResultFlagBits::e64);
   for (std::size_t i = 0; i < passes_.size(); ++i) {
     const auto nanoseconds = static_cast<double>(ticks[i + 1] - ticks[i]) * context_->nanosecondsPerTick();
     times.push_back({passes_[i], nanoseconds / 1000});
