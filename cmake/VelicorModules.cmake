@@ -7,7 +7,7 @@
 #
 # velicor_test(NAME  SOURCES …  LINK …  [DISPLAY] [TIMEOUT seconds])
 #   One GoogleTest program, each case a CTest test. DISPLAY: it starts private X servers. TIMEOUT: for a case that takes
-#   more than two minutes in its long form.
+#   more than ten minutes in its long form, on a machine that does much else.
 
 add_library(velicor_flags INTERFACE)
 target_compile_options(velicor_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
@@ -111,7 +111,7 @@ function(velicor_test name)
     set(labels display)
   endif()
   if(NOT arg_TIMEOUT)
-    set(arg_TIMEOUT 120)
+    set(arg_TIMEOUT 600)
   endif()
   # What compares large pictures takes most of its time in the sanitizer.
   if(VELICOR_SANITIZE STREQUAL "thread")

@@ -37,9 +37,13 @@ Keyboard::~Keyboard() = default;
 void Keyboard::listen() {
   // A key that is held down is then pressed again and again without being released in between.
   constexpr std::uint32_t noReleaseOfRepeats = XCB_XKB_PER_CLIENT_FLAG_DETECTABLE_AUTO_REPEAT;
-  server_.connection().reply(
+  const auto answer = server_.connection().reply(
       xcb_xkb_per_client_flags_reply,
       xcb_xkb_per_client_flags(server_.raw(), coreKeyboard, noReleaseOfRepeats, noReleaseOfRepeats, 0, 0, 0));
+  if (!answer) {
+    log::Logger("hotkeys").error("a key that is held down counts as often as it repeats: " +
+                                 answer.error().description);
+  }
   constexpr std::uint16_t keyboards = XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY;
   constexpr std::uint16_t maps = XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
   constexpr std::uint16_t states = XCB_XKB_EVENT_TYPE_STATE_NOTIFY;
