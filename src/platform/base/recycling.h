@@ -27,8 +27,9 @@ class Recycling {
       const std::scoped_lock guard(store().mutex);
       if (Block* const block = store().free) {
         store().free = block->next;
+        void* const memory = block;
         block->~Block();
-        return static_cast<T*>(static_cast<void*>(block));
+        return static_cast<T*>(memory);
       }
     }
     return static_cast<T*>(::operator new(count * std::max(sizeof(T), sizeof(Block)), alignment));

@@ -35,7 +35,7 @@ Result<QByteArray> readAll(const std::filesystem::path& path) {
   QFile file(toQt(path));
   if (!file.open(QIODevice::ReadOnly)) return unreadable(file.errorString());
   if (file.size() > largestFile) return unreadable("too large");
-  const QByteArray bytes = file.readAll();
+  QByteArray bytes = file.readAll();
   if (file.error() != QFile::NoError) return unreadable(file.errorString());
   return bytes;
 }
@@ -68,7 +68,7 @@ std::filesystem::path userFile() {
 
 Result<QJsonObject> contentFrom(const QByteArray& bytes) {
   QJsonParseError error;
-  const QJsonObject content = QJsonDocument::fromJson(bytes, &error).object();
+  QJsonObject content = QJsonDocument::fromJson(bytes, &error).object();
   if (error.error != QJsonParseError::NoError) return unreadable(error.errorString());
   if (content.value(QLatin1String(formatMember)) != QJsonValue(QLatin1String(formatName)) ||
       !content.value(QLatin1String(valuesMember)).isObject()) {

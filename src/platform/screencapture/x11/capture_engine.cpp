@@ -330,7 +330,7 @@ Result<ShareableContent> CaptureEngine::content(ContentQuery query) {
   catchUp();
   processes_.refresh();
   if (const auto error = trouble()) return tl::make_unexpected(*error);
-  const ShareableContent content = listContent(*connection_, query, watcher_->stack(), processes_, monitors_);
+  ShareableContent content = listContent(*connection_, query, watcher_->stack(), processes_, monitors_);
   if (const auto error = trouble()) return tl::make_unexpected(*error);
   return content;
 }
