@@ -20,6 +20,7 @@ constexpr DevicePoint closeButton{938, 11};
 constexpr DevicePoint hideButton{1254, 34};
 constexpr DevicePoint exposureTab{1209, 74};
 constexpr DevicePoint ground{928, 770};
+constexpr DevicePoint leftEdge{920, 400};
 constexpr DeviceRect aroundScopeCentre{1097, 200, 7, 400};
 
 class ScopesByMouseTest : public testing::TestWithParam<Surroundings> {
@@ -77,6 +78,7 @@ class ScopesByMouseTest : public testing::TestWithParam<Surroundings> {
 TEST_P(ScopesByMouseTest, ItShowsTheScopesSetsTheModeComesAndGoesAndEndsTheProgram) {
   RunningVelicor velicor(stage_.launch());
   ASSERT_TRUE(showsPanelAt(ground)) << velicor.log();
+  EXPECT_GT(stage_.colorAt(leftEdge).red(), stage_.colorAt(ground).red() + 16) << "a line sets it off";
   EXPECT_TRUE(waitUntil([&] { return showsTrace(); }));
   stage_.mouse().click(exposureTab);
   EXPECT_TRUE(stage_.shows(loupeCentre, skinTarget, 1));

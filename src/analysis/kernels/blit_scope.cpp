@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <span>
+#include <cstring>
 #include <vector>
 
 #include "analysis/kernels/blit_places.h"
@@ -37,16 +37,18 @@ TexelRun coveredBy(double centre, double extent, int count) {
   return {static_cast<std::int32_t>(begin), static_cast<std::int32_t>(std::max(end, begin + 1))};
 }
 
-// A row of what no channel of a scope falls below on the screen. Alpha is the picture's.
-std::span<Packed> groundOf(std::size_t pixels) {
-  const std::span<Packed> row = gpu::scratch<Packed>(pixels);
-  std::ranges::fill(row, packed({scopeGround, scopeGround, scopeGround, 0}));
-  return row;
+// A row of what no channel of a scope falls below on the screen. Alpha is the picture's. Each thread keeps
+// the longest.
+const std::byte* groundRow(std::size_t pixels) {
+  thread_local std::vector<Packed> row;
+  if (row.size() < pixels) row.assign(pixels, packed({scopeGround, scopeGround, scopeGround, 0}));
+  return reinterpret_cast<const std::byte*>(row.data());
 }
 
 void drawBrightest(const gpu::NativeImage& source, const gpu::FragmentSpan& span, InnerSpan inner) {
   const auto width = static_cast<std::size_t>(source.width);
-  auto* brightest = reinterpret_cast<std::byte*>(groundOf(width).data());
+  std::byte* brightest = gpu::scratchBytes(gpu::bytesPerPixel * width).data();
+  std::memcpy(brightest, groundRow(width), gpu::bytesPerPixel * width);
   const TexelRun rows = coveredBy(span.v * source.height, span.dvDown * source.height, source.height);
   for (int y = rows.begin; y < rows.end; ++y)
     brighten(brightest, source.row(y), width);
@@ -68,8 +70,7 @@ void blitScope(const gpu::NativeArguments& arguments, const gpu::FragmentSpan& s
   if (isReduced(span, source)) return drawBrightest(source, span, inner);
   blitFragment(arguments, span);
   const auto count = static_cast<std::size_t>(inner.end - inner.begin);
-  brighten(span.target.pixel(inner.begin, span.y), reinterpret_cast<const std::byte*>(groundOf(count).data()),
-           count);
+  brighten(span.target.pixel(inner.begin, span.y), groundRow(count), count);
 }
 
 }  // namespace velicor::kernels
