@@ -43,7 +43,7 @@ LiveTextureView::LiveTextureView(std::shared_ptr<gpu::Device> device, notificati
       life_(std::make_shared<LiveTextureView*>(this)) {
   observer_ =
       notifications::NotificationCenter::defaultCenter().addObserver(signal, [view = std::weak_ptr(life_)] {
-        if (const auto alive = view.lock()) (*alive)->signalled();
+        if (const auto alive = view.lock()) (*alive)->drawWhereSeen();
       });
 }
 
@@ -55,7 +55,8 @@ bool LiveTextureView::canBeSeen() const {
   return !panel || !panel->isOccluded();
 }
 
-void LiveTextureView::signalled() {
+// Later, where nobody would see it now.
+void LiveTextureView::drawWhereSeen() {
   missed_ = !canBeSeen();
   if (!missed_) setNeedsDisplay();
 }
@@ -81,6 +82,7 @@ void LiveTextureView::draw() {
     return;
   }
   missed_ = false;
+  drawnSize_ = drawableSize();
   if (const auto delegate = delegate_.lock()) delegate->draw(*this);
   drawable_.reset();
 }
@@ -97,7 +99,6 @@ gpu::Extent LiveTextureView::drawableSize() const {
 
 std::optional<gpu::RenderTarget> LiveTextureView::currentRenderTarget() {
   const gpu::Extent size = drawableSize();
-  asked_ = size;
   if (size.width <= 0 || size.height <= 0) return std::nullopt;
   if (!drawable_) drawable_ = drawables_->next(size.width, size.height);
   if (!drawable_) return std::nullopt;
@@ -154,7 +155,7 @@ void LiveTextureView::noteOpaqueness() {
 void LiveTextureView::paintEvent(QPaintEvent*) {
   drawIfMissed();
   // Scrolled to another place, it may cover a row of pixels more or less.
-  if (asked_ != drawableSize()) setNeedsDisplay();
+  if (drawnSize_ != drawableSize()) drawWhereSeen();
   const std::shared_ptr<const gpu::Picture> picture = drawables_->front();
   if (!picture) return;
   QPainter painter(this);
@@ -198,8 +199,7 @@ void LiveTextureView::paintRounded(QPainter& painter, const QImage& image) const
 
 void LiveTextureView::resizeEvent(QResizeEvent*) {
   noteOpaqueness();
-  missed_ = !canBeSeen();
-  if (!missed_) setNeedsDisplay();
+  drawWhereSeen();
 }
 
 void LiveTextureView::showEvent(QShowEvent*) {

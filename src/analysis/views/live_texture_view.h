@@ -80,7 +80,7 @@ class LiveTextureView : public QWidget {
   void ignoreFourthByte() { fourthByteCounts_ = false; }
 
  private:
-  void signalled();
+  void drawWhereSeen();
   void drawIfMissed();
   void finished(bool succeeded);
   QRectF place() const;
@@ -95,7 +95,7 @@ class LiveTextureView : public QWidget {
   std::shared_ptr<gpu::Drawable> drawable_;  // of the draw that is being encoded
   double alpha_ = 1;
   double cornerRadius_ = 0;
-  gpu::Extent asked_;  // the last target's size
+  gpu::Extent drawnSize_;  // of the last draw, done or under way
   bool fourthByteCounts_ = true;
   bool scheduled_ = false;  // a draw waits for the next turn
   bool underWay_ = false;   // the device has not finished the last draw
