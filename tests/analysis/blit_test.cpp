@@ -83,9 +83,10 @@ TEST_P(BlitTest, NoBinOfTheVectorscopeIsLost) {
     const auto bins = frameOf(kernels::vectorscopeSide, kernels::vectorscopeSide, [&](int x, int y) {
       return x / 2 % apart == column && y / 2 % apart == row ? trace : Rgb{};
     });
-    for (const auto& [side, unused] : paradeSizes) {
+    for (const gpu::Extent& size : paradeSizes) {
+      const int side = size.width;
       const Pixels shown = drawn(bins, {side, side}, {}, "blitScope");
-      const auto pixelOf = [side = side](int bin) { return (2 * bin + 1) * side / kernels::vectorscopeSide; };
+      const auto pixelOf = [side](int bin) { return (2 * bin + 1) * side / kernels::vectorscopeSide; };
       int lost = 0;
       for (int y = row; y < kernels::scopeBins; y += apart) {
         for (int x = column; x < kernels::scopeBins; x += apart)

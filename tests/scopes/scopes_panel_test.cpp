@@ -188,7 +188,7 @@ TEST_P(ScopesLayoutTest, everyPieceHasItsPlace) {
 INSTANTIATE_TEST_SUITE_P(VisibleHeights, ScopesLayoutTest, testing::Values(1000.0, 600.0, 500.0),
                          [](const auto& test) { return std::to_string(static_cast<int>(test.param)); });
 
-TEST_F(ScopesPanelTest, everyControlIsReachedByTheKeyboardHasANameAndComesIntoSight) {
+TEST_F(ScopesPanelTest, everyControlIsReachedByTheKeyboardAndComesIntoSight) {
   state().setMode(Mode::exposure);
   ScopesPanelController controller(state(), *desktop);
   QWidget& window = controller.panel().window();
@@ -205,8 +205,6 @@ TEST_F(ScopesPanelTest, everyControlIsReachedByTheKeyboardHasANameAndComesIntoSi
     QWidget* focused = QApplication::focusWidget();
     ASSERT_NE(focused, nullptr);
     visited.push_back(focused);
-    EXPECT_FALSE(nameOf(*focused).isEmpty())
-        << focused->metaObject()->className() << " number " << visited.size();
     EXPECT_EQ(focused->visibleRegion().boundingRect(), focused->rect()) << nameOf(*focused).toStdString();
     // The colours come to light, and with them eight wells.
     if (nameOf(*focused).contains("CHANGE COLORS")) {
