@@ -96,6 +96,7 @@ class CaptureManager {
   QCoro::Task<> applyPendingRegion(StreamRef stream, Region region);
   screencapture::StreamConfiguration configurationFor(const Region& region) const;
 
+  void repeatFilterRepair(int attempt);
   void scheduleFilterRepair(int attempt);
   QCoro::Task<> runFilterRepair(Life life, int attempt, std::uint32_t displayID, StreamRef stream);
 

@@ -92,6 +92,8 @@ QCoro::Task<Status> CaptureManager::startAsync(Life life, std::uint32_t displayI
   const Status started = co_await (*stream)->startCapture();
   if (life.expired() || !started) co_return started;
   stream_ = *stream;
+  // An older start that failed, or a stop that was still waiting, has taken it back meanwhile.
+  if (!currentDisplayID_) currentDisplayID_ = displayID;
   // What came while it was starting found no stream yet.
   if (pendingRegion_ != opened || fps_ != openedFps) flushRegion();
   if (!excludesSelf_) scheduleFilterRepair(0);

@@ -31,16 +31,17 @@ void CaptureManager::scheduleFilterRepair(int attempt) {
       }));
 }
 
+void CaptureManager::repeatFilterRepair(int attempt) {
+  clock_.callAfter(repairInterval, whileAlive([this, attempt] { scheduleFilterRepair(attempt + 1); }));
+}
+
 QCoro::Task<> CaptureManager::runFilterRepair(Life life, int attempt, std::uint32_t displayID,
                                               StreamRef stream) {
   const auto content = co_await service_->shareableContent({});
   if (life.expired()) co_return;
   const auto display = content ? findDisplay(*content, displayID) : std::nullopt;
   const auto own = content ? ownApplications(*content) : std::vector<screencapture::RunningApplication>();
-  if (!display || own.empty() || stream_ != stream) {
-    clock_.callAfter(repairInterval, whileAlive([this, attempt] { scheduleFilterRepair(attempt + 1); }));
-    co_return;
-  }
+  if (!display || own.empty() || stream_ != stream) co_return repeatFilterRepair(attempt);
 
   // Whether the two updates succeed is not asked: the stream that refuses them is about to stop by itself.
   screencapture::ContentFilter filter{*display, own};
@@ -50,6 +51,8 @@ QCoro::Task<> CaptureManager::runFilterRepair(Life life, int attempt, std::uint3
     co_await stream->updateConfiguration(configurationFor(*pendingRegion_));
     if (life.expired()) co_return;
   }
+  // Another stream may have come meanwhile, which sees our windows or not.
+  if (stream_ != stream) co_return repeatFilterRepair(attempt);
   excludesSelf_ = true;
   repairing_ = false;
   log_.info("content filter repaired: " + std::string(product::name) + " now excluded");

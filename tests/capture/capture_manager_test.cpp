@@ -25,7 +25,18 @@ constexpr auto permissionDeclined =
     "Screen & "
     "System Audio Recording, then relaunch Velicor.";
 
-using CaptureManagerTest = test::CaptureFixture;
+class CaptureManagerTest : public test::CaptureFixture {
+ protected:
+  // The stream that runs is known to be the left display's.
+  void expectMovesConfigure() {
+    journal();
+    clock.advance(1s);
+    journal();
+    report(140, 100, left);
+    clock.advance(50ms);
+    EXPECT_THAT(journal(), ElementsAre("configure"));
+  }
+};
 
 TEST_F(CaptureManagerTest, TheFirstRegionStartsCaptureOfItWithoutOurWindows) {
   report(100, 100, left);
@@ -226,6 +237,18 @@ TEST_F(CaptureManagerTest, AStopStillQueuedWhenResumedEndsTheOldStreamBeforeTheN
   test::settle();
   EXPECT_THAT(journal(), ElementsAre("stop", "query", "make 7", "start"));
   EXPECT_TRUE(session->isRunning());
+  expectMovesConfigure();
+}
+
+TEST_F(CaptureManagerTest, AStartThatFailsLeavesALaterOneItsDisplay) {
+  service->startGate.close();
+  service->starts = {tl::unexpected(broken())};
+  report(1200, 100, right);
+  report(100, 100, left);
+  service->startGate.open();
+  test::settle();
+  EXPECT_TRUE(session->isRunning());
+  expectMovesConfigure();
 }
 
 TEST_F(CaptureManagerTest, AStreamThatStopsIsStartedAgainWhileRetriesLast) {

@@ -84,6 +84,24 @@ TEST_F(FilterRepairTest, ANewStreamIsNotTouchedByAnAttemptForTheOldOne) {
   EXPECT_EQ(clock.waiting(), 0u);
 }
 
+// The old stream's filter is being changed when the new one has started, without us being listed again.
+TEST_F(FilterRepairTest, ANewStreamIsRepairedItself) {
+  startUnexcluded();
+  service->content = listed;
+  service->updateGate.close();
+  clock.advance(1s);
+  service->content = contentWithoutUs();
+  report(1200, 100, right);
+  clock.advance(900ms);
+  service->updateGate.open();
+  test::settle();
+  EXPECT_FALSE(log.contains(repaired));
+  service->content = listed;
+  clock.advance(1s);
+  EXPECT_EQ(service->lastStream().filter.excludedApplications.size(), 1u);
+  EXPECT_TRUE(log.contains(repaired));
+}
+
 TEST_F(FilterRepairTest, OneSequenceServesAllStreams) {
   startUnexcluded();
   report(1200, 100, right);

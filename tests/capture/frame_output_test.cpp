@@ -38,11 +38,15 @@ TEST_F(FrameOutputTest, PassesCompleteFramesOnly) {
   }
   send({true, {{std::nullopt}}, picture});
   send({true, {}, picture});
-  send({true, {{FrameStatus::idle}, {FrameStatus::complete}}, picture});
   send({false, {{FrameStatus::complete}}, picture});
   send({true, {{FrameStatus::complete}}, nullptr});
   send({true, {{FrameStatus::complete}}, picture}, OutputType::audio);
+  output.setPassing(false);
+  send({true, {{FrameStatus::complete}}, picture});
   EXPECT_EQ(received.size(), 1u);
+  output.setPassing(true);
+  send({true, {{FrameStatus::complete}}, picture});
+  EXPECT_EQ(received.size(), 2u);
 }
 
 }  // namespace

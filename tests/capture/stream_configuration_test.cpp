@@ -29,6 +29,7 @@ TEST(StreamConfigurationTest, TurnsTheRegionUpsideDownIntoTheDisplay) {
   EXPECT_EQ(configuration.pixelFormat, screencapture::PixelFormat::bgra32);
   EXPECT_EQ(configuration.colorSpace, screencapture::ColorSpace::sRGB);
   EXPECT_EQ(configuration.minimumFrameInterval, (screencapture::FrameInterval{1, 15}));
+  EXPECT_EQ(configuration.queueDepth, 3);
   EXPECT_FALSE(configuration.showsCursor);
 
   // What lies beside the display is left out.
