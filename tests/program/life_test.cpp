@@ -99,6 +99,20 @@ bool endCaptureConnection(XClient& killer) {
   return true;
 }
 
+// As from another machine: the server shows it no screen, and keeps most extensions from it.
+TEST(LifeTest, WhereTheServerDoesNotTrustItItSaysThatItMayNotSeeTheScreen) {
+  const XServer server("1280x800x24", {"+extension", "SECURITY"});
+  const QTemporaryDir folder;
+  const QString cookies = folder.filePath("cookies");
+  ASSERT_EQ(QProcess::execute("xauth", {"-q", "-f", cookies, "generate", QString::fromStdString(server.name()), ".",
+                                        "untrusted"}),
+            0);
+  RunningVelicor velicor({.display = server.name(), .environment = {"XAUTHORITY=" + cookies.toStdString()}});
+  EXPECT_TRUE(velicor.waitForLog("capture failed: The X server does not let this program read the screen"))
+      << velicor.log();
+  EXPECT_EQ(velicor.terminate(), 0) << velicor.log();
+}
+
 TEST(LifeTest, TheCaptureGoesOnWhenItsConnectionIsEnded) {
   Stage stage(Surroundings::windowManager);
   const xcb_window_t ground = stage.painter().showColour(screen, 0xC29682);

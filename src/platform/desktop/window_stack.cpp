@@ -16,6 +16,11 @@ namespace {
 
 constexpr std::uint8_t depthWithAlpha = 32;
 
+bool isShaped(x11::Connection& connection, xcb_shape_query_extents_cookie_t asked) {
+  const auto reply = connection.reply(xcb_shape_query_extents_reply, asked);
+  return reply && (*reply)->bounding_shaped != 0;
+}
+
 }  // namespace
 
 WindowStack::WindowStack(DisplayServer& server) : server_(server) {
@@ -119,17 +124,19 @@ void WindowStack::readFacts(const std::vector<WindowId>& windows) {
     xcb_get_property_cookie_t opacity;
   };
   x11::Connection& connection = server_.connection();
+  const bool hasShapes = connection.extensions().shape.present;
   std::vector<Questions> questions;
   for (const WindowId window : windows) {
     questions.push_back({xcb_get_window_attributes(server_.raw(), window),
                          xcb_get_geometry(server_.raw(), window),
-                         xcb_shape_query_extents(server_.raw(), window),
+                         hasShapes ? xcb_shape_query_extents(server_.raw(), window)
+                                   : xcb_shape_query_extents_cookie_t{},
                          x11::askProperty(connection, window, server_.atom(x11::Atom::netWmWindowOpacity))});
   }
   for (std::size_t i = 0; i < windows.size(); ++i) {
     const auto attributes = connection.reply(xcb_get_window_attributes_reply, questions[i].attributes);
     const auto geometry = connection.reply(xcb_get_geometry_reply, questions[i].geometry);
-    const auto shape = connection.reply(xcb_shape_query_extents_reply, questions[i].shape);
+    const bool shaped = hasShapes && isShaped(connection, questions[i].shape);
     const bool faded =
         x11::propertyNumber(connection, questions[i].opacity).value_or(UINT32_MAX) != UINT32_MAX;
     if (!attributes || !geometry) continue;
@@ -139,7 +146,7 @@ void WindowStack::readFacts(const std::vector<WindowId>& windows) {
         (*attributes)->map_state == XCB_MAP_STATE_VIEWABLE,
         (*attributes)->_class == XCB_WINDOW_CLASS_INPUT_ONLY,
         (*attributes)->override_redirect != 0,
-        faded || (*geometry)->depth == depthWithAlpha || (shape && (*shape)->bounding_shaped != 0)};
+        faded || (*geometry)->depth == depthWithAlpha || shaped};
   }
 }
 

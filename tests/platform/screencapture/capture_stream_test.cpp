@@ -81,20 +81,6 @@ TEST(CaptureTiming, EveryChangeOfAQuickSuccessionArrives) {
   EXPECT_EQ(bench.receiver->frames().back().count(20), 50 * 50);
 }
 
-TEST(CaptureTiming, KeepsTheIntervalUnderConstantChange) {
-  Bench bench;
-  const xcb_window_t window = bench.other.showColour({100, 100, 300, 300}, 0);
-  const auto stream = bench.start({150, 150, 50, 50}, 15);
-  bench.receiver->waitForQuiet();
-  const std::size_t before = bench.receiver->complete();
-  repeat(1000ms, 5ms, [&](int i) {
-    bench.other.fill(window, {50, 50, 50, 50}, static_cast<std::uint32_t>(i + 1));
-  });
-  const std::size_t during = bench.receiver->complete() - before;
-  EXPECT_LE(during, 16u);
-  EXPECT_GE(during, 10u);
-}
-
 TEST(CaptureStream, MovesItsRectangleExactly) {
   Bench bench;
   const DeviceRect place{50, 50, 700, 500};
@@ -182,33 +168,6 @@ TEST(CaptureStream, EndsWhenTheServerGoes) {
   const clock_t busy = std::clock();
   std::this_thread::sleep_for(300ms);
   EXPECT_LT(static_cast<double>(std::clock() - busy) / CLOCKS_PER_SEC, 0.1);
-}
-
-TEST(CaptureStream, EndsWhenItsDisplayGoes) {
-  Bench bench;
-  bench.other.defineMonitor("left", {0, 0, 640, 800}, true);
-  bench.other.defineMonitor("right", {640, 0, 640, 800}, false);
-  const DeviceRect place{600, 0, 300, 300};
-  bench.other.showPattern(place, {2});
-  const Display right{bench.other.atom("right")};
-  const auto content = Bench::await(bench.service->shareableContent({}));
-  ASSERT_TRUE(content);
-  EXPECT_NE(std::find(content->displays.begin(), content->displays.end(), right), content->displays.end());
-
-  // Points count from the display's own corner, and its neighbour is not shown.
-  const auto stream =
-      bench.service->makeStream({right, {}}, Bench::configuration({-20, 10, 100, 100}), bench.receiver);
-  ASSERT_TRUE(stream->addStreamOutput(bench.receiver, OutputType::screen, bench.queue));
-  ASSERT_TRUE(Bench::await(stream->startCapture()));
-  const auto frames = bench.receiver->framesFrom(0, 1);
-  ASSERT_FALSE(frames.empty());
-  const Picture expected = [&](int x, int y) { return x < 640 ? 0 : patternAt(place, {2}, plain(0))(x, y); };
-  EXPECT_EQ(frames.front().wrongPixels(expected, {620, 10}), 0);
-
-  bench.other.deleteMonitor("right");
-  const auto stop = bench.receiver->waitForStop();
-  ASSERT_TRUE(stop);
-  EXPECT_EQ(stop->code, displayUnavailable);
 }
 
 TEST(CaptureService, ListsProcessesWithWindows) {

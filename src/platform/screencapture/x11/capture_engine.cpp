@@ -81,6 +81,7 @@ void CaptureEngine::run(const std::stop_token& stopping) {
     // Only now: taking the mail takes what was to wake us for the end too.
     if (stopping.stop_requested()) break;
     takeEvents();
+    if (!lost_ && watcher_ && watcher_->isOverdue()) catchUp();
     lookWhereDue();
     ended_.clear();
     // Replies may have taken in events that the descriptor does not show any more.

@@ -142,6 +142,11 @@ bool StackWatcher::isOutdated() const {
          !reparented_.empty();
 }
 
+bool StackWatcher::isOverdue() const {
+  constexpr std::size_t mostReparented = 32;
+  return reparented_.size() > mostReparented;
+}
+
 void StackWatcher::refresh() {
   if (std::exchange(compositorOutdated_, false)) readCompositor();
   if (std::exchange(rootOutdated_, false)) readRoot();

@@ -25,6 +25,10 @@ class StackWatcher {
   // Whether refresh() has something to ask the server.
   bool isOutdated() const;
 
+  // Whether so much is left to ask that refresh() would take long. It grows with every window that is managed
+  // anew, also while nobody wants to know.
+  bool isOverdue() const;
+
   // Asks what the events did not tell. Replies take in further events: take them all and look again.
   void refresh();
 
