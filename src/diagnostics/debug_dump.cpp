@@ -1,8 +1,10 @@
 #include "diagnostics/debug_dump.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -11,6 +13,7 @@
 #include <QFile>
 #include <QImage>
 #include <QPixmap>
+#include <QTemporaryFile>
 #include <QWidget>
 
 #include "diagnostics/event_statistics.h"
@@ -62,13 +65,22 @@ void swapRedAndBlue(std::vector<std::byte>& pixels) {
     std::swap(pixels[i], pixels[i + 2]);
 }
 
+// For nobody else's eyes, and put in the place of whatever has the name: a link is not followed, nor a pipe
+// waited for.
+void replaceFile(const std::string& path, const QByteArray& content) {
+  QTemporaryFile file(QFile::decodeName((path + ".XXXXXX").c_str()));
+  if (!file.open() || file.write(content) != content.size() || !file.flush()) return;
+  std::error_code error;
+  std::filesystem::rename(QFile::encodeName(file.fileName()).toStdString(), path, error);
+  if (!error) file.setAutoRemove(false);
+}
+
 // False where the picture can't be encoded. That the file can't be written doesn't count.
 bool writePNG(const QImage& image, const std::string& path) {
   QByteArray png;
   QBuffer buffer(&png);
   if (!buffer.open(QIODevice::WriteOnly) || !image.save(&buffer, "PNG")) return false;
-  QFile file(QFile::decodeName(path.c_str()));
-  if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) file.write(png);
+  replaceFile(path, png);
   return true;
 }
 

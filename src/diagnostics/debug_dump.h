@@ -12,8 +12,8 @@ namespace velicor {
 // Aids for developers, off unless the environment asks for them. Nothing here ever reports a failure.
 //
 // VELICOR_STATS=1 counts events and logs the counts every second. VELICOR_DUMP=PREFIX writes pictures to
-// PREFIX-NAME.png, over an earlier file of that name; nothing is put between, so an empty prefix gives
-// "-NAME.png" in the working directory.
+// PREFIX-NAME.png, which only their owner can read, in the place of an earlier file of that name; nothing is
+// put between, so an empty prefix gives "-NAME.png" in the working directory.
 struct DebugDump {
   // Whether VELICOR_STATS was exactly "1" when this was first asked.
   static bool statsEnabled();

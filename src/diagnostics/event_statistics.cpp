@@ -36,8 +36,11 @@ void EventStatistics::scheduleReport(dispatch::Instant due) {
   const dispatch::Duration delay = std::max<dispatch::Duration>(due - clock_.now(), dispatch::Duration{0});
   clock_.callAfter(delay, [this, due] {
     report_(takeCounts());
-    // After a stall the reports that were missed are not made up for.
-    scheduleReport(std::max(due + interval, clock_.now()));
+    // After a stall the reports that were missed are not made up for, and the beat stays.
+    dispatch::Instant next = due + interval;
+    while (next <= clock_.now())
+      next += interval;
+    scheduleReport(next);
   });
 }
 

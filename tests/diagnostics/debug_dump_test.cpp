@@ -1,8 +1,13 @@
 #include "diagnostics/debug_dump.h"
 
 #include <array>
+#include <filesystem>
+#include <fstream>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <QColor>
 #include <QImage>
 #include <QTemporaryDir>
@@ -59,6 +64,28 @@ TEST_F(DebugDumpTest, WritesViews) {
   EXPECT_EQ(written.size(), QSize(30, 20));
   EXPECT_EQ(written.pixelColor(10, 10), QColor(0x10, 0x20, 0x30));
   EXPECT_TRUE(log.contains("Velicor: dumped view panel-skin"));
+}
+
+TEST_F(DebugDumpTest, ReplacesLinksAndPipesByFilesForTheOwnerOnly) {
+  dumpTo(folder_.filePath("vc"));
+  const std::filesystem::path folder = folder_.path().toStdString();
+  std::ofstream(folder / "others") << "untouched";
+  std::filesystem::create_symlink(folder / "others", folder / "vc-loupe.png");
+  ASSERT_EQ(mkfifo((folder / "vc-parade.png").c_str(), 0666), 0);
+  const int reader =
+      open((folder / "vc-parade.png").c_str(), O_RDONLY | O_NONBLOCK);  // or a writer would wait
+  for (const char* name : {"loupe", "parade"}) {
+    DebugDump::write(texture(gpu::PixelFormat::rgba8Unorm), queue_, name);
+    const std::filesystem::path file = folder / ("vc-" + std::string(name) + ".png");
+    const auto status = std::filesystem::symlink_status(file);
+    ASSERT_EQ(status.type(), std::filesystem::file_type::regular) << name;
+    EXPECT_EQ(status.permissions(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write)
+        << name;
+    EXPECT_EQ(QImage(QString::fromStdString(file)).pixelColor(0, 0), QColor(255, 128, 0)) << name;
+  }
+  close(reader);
+  EXPECT_EQ(std::filesystem::file_size(folder / "others"), 9U);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 3) << "nothing else stays";
 }
 
 TEST_F(DebugDumpTest, AFileThatCannotBeWrittenIsNoFailure) {

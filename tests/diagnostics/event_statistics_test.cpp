@@ -1,6 +1,7 @@
 #include "diagnostics/event_statistics.h"
 
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -23,8 +24,12 @@ class EventStatisticsTest : public testing::Test {
   }
 
   std::vector<std::string> reports_;
+  dispatch::Duration stall_{};  // that begins with the next report
   test::ManualClock clock_;
-  EventStatistics statistics_{clock_, [this](const std::string& counts) { reports_.push_back(counts); }};
+  EventStatistics statistics_{clock_, [this](const std::string& counts) {
+                                reports_.push_back(counts);
+                                clock_.pass(std::exchange(stall_, {}));
+                              }};
 };
 
 TEST_F(EventStatisticsTest, ReportsEverySecondFromTheFirstEventOn) {
@@ -41,6 +46,17 @@ TEST_F(EventStatisticsTest, ReportsEverySecondFromTheFirstEventOn) {
   clock_.advance(1s);
   EXPECT_THAT(reports_, ElementsAre("captured=10 drawn=3", "", "drawn=1"));
   EXPECT_EQ(clock_.waiting(), 1U);
+}
+
+TEST_F(EventStatisticsTest, KeepsItsBeatAfterAStall) {
+  tickTimes("drawn", 1);
+  stall_ = 2400ms;
+  clock_.advance(1s);
+  EXPECT_THAT(reports_, ElementsAre("drawn=1")) << "and none for the time that was missed";
+  clock_.advance(599ms);
+  EXPECT_EQ(reports_.size(), 1U);
+  clock_.advance(1ms);
+  EXPECT_EQ(reports_.size(), 2U);
 }
 
 TEST_F(EventStatisticsTest, CountsFromSeveralThreadsWithOneTimer) {

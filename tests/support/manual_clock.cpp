@@ -20,7 +20,7 @@ void ManualClock::advance(dispatch::Duration amount) {
     job();
     settle();
   }
-  now_ = end;
+  now_ = std::max(now_, end);
 }
 
 }  // namespace velicor::test

@@ -16,6 +16,9 @@ class ManualClock : public dispatch::Clock {
   // before, after and between.
   void advance(dispatch::Duration amount);
 
+  // Moves the time forward while the main thread does something else; what falls due comes late.
+  void pass(dispatch::Duration amount) { now_ += amount; }
+
   // Jobs that wait for their time.
   std::size_t waiting() const { return jobs_.size(); }
 
