@@ -207,8 +207,11 @@ void LiveTextureView::showEvent(QShowEvent*) {
   setNeedsDisplay();
 }
 
-// Nothing of the screen stays in memory that nobody sees.
+// Nothing of the screen stays in memory that nobody sees; what was still to be drawn is when the view is
+// shown.
 void LiveTextureView::hideEvent(QHideEvent*) {
+  scheduled_ = false;
+  again_ = false;
   drawable_.reset();
   drawables_ = device_->makeDrawables();
   noteOpaqueness();

@@ -31,9 +31,11 @@ class CountingRenderer : public MetalTextureView::Renderer {
   using MetalTextureView::Renderer::Renderer;
   void draw(LiveTextureView& view) override {
     ++draws;
+    if (const auto target = view.currentRenderTarget()) lastTarget = target->texture;
     MetalTextureView::Renderer::draw(view);
   }
   int draws = 0;
+  std::weak_ptr<gpu::Texture> lastTarget;
 };
 
 class LiveTextureViewTest : public testing::Test {
@@ -141,6 +143,27 @@ TEST_F(LiveTextureViewTest, hiddenItDrawsNothingUntilItIsShown) {
   post();
   settleDraws();
   EXPECT_EQ(renderer->draws, before + 1);
+}
+
+TEST_F(LiveTextureViewTest, hiddenBeforeADrawThatWasAskedForItDrawsAndKeepsNothing) {
+  show();
+  const int before = renderer->draws;
+  post();
+  view->hide();
+  settleDraws();
+  EXPECT_EQ(renderer->draws, before);
+  EXPECT_TRUE(renderer->lastTarget.expired());
+
+  view->show();
+  while (renderer->draws == before)
+    test::settle();
+  view->draw();  // under way, or just finished: either way there is one more to come
+  view->setNeedsDisplay();
+  const int shown = renderer->draws;
+  view->hide();
+  settleDraws();
+  EXPECT_EQ(renderer->draws, shown);
+  EXPECT_TRUE(renderer->lastTarget.expired());
 }
 
 TEST_F(LiveTextureViewTest, drawsAtOnceWhenAskedEvenUnseen) {
