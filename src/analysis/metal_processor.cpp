@@ -38,7 +38,17 @@ std::optional<MetalProcessor::Mode> MetalProcessor::modeFrom(int rawValue) {
 std::shared_ptr<MetalProcessor> MetalProcessor::create(std::shared_ptr<gpu::Device> device) {
   if (!device) return nullptr;
   const std::shared_ptr<MetalProcessor> processor(new MetalProcessor(std::move(device)));
-  return processor->prepare() ? processor : nullptr;
+  if (!processor->prepare()) return nullptr;
+  processor->watchDevice();
+  return processor;
+}
+
+void MetalProcessor::watchDevice() {
+  deviceReturns_ = device_->watchReturns([weak = weak_from_this()] {
+    dispatch::MainQueue::shared().async([weak] {
+      if (const auto self = weak.lock()) self->deviceReturned();
+    });
+  });
 }
 
 bool MetalProcessor::prepare() {
@@ -70,32 +80,40 @@ void MetalProcessor::ingest(const PixelBufferRef& frame) {
   const int height = frame->height();
   if (width < minFrameSide || height < minFrameSide) return;
   const std::scoped_lock guard(gpuLock_);
-  const auto wrapped = textureCache_->texture(frame, gpu::PixelFormat::bgra8Unorm, width, height);
-  if (!wrapped) return;
-  textureCache_->flush();
-  prepareRegionTexture({width, height});
-  if (!regionTexture_) return;
+  lastFrame_ = frame;
   const auto commands = queue_->makeCommandBuffer();
-  if (!commands) return;
-  encodeUpload(*commands, wrapped);
-  ++frames_;
+  if (!commands || !upload(*commands)) return;
   ++ingestCount_;
   encodeAnalysis(*commands, ingestCount_ % std::max(1, scopeDivider.load()) == 0);
-  commands->addCompletedHandler([wrapped](const gpu::CommandBuffer&) { /* kept until here */ });
   commands->commit();
   if (ingestCount_ == dumpedFrame && std::getenv("VELICOR_DUMP")) dumpPictures();
+}
+
+bool MetalProcessor::upload(gpu::CommandBuffer& commands) {
+  const gpu::Extent size{lastFrame_->width(), lastFrame_->height()};
+  const auto wrapped =
+      textureCache_->texture(lastFrame_, gpu::PixelFormat::bgra8Unorm, size.width, size.height);
+  if (!wrapped) return false;
+  textureCache_->flush();
+  prepareRegionTexture(size);
+  if (!regionTexture_) return false;
+  encodeUpload(commands, wrapped);
+  commands.addCompletedHandler([wrapped](const gpu::CommandBuffer&) { /* kept until here */ });
+  regionUpload_ = ++uploads_;
+  regionLossCount_ = commands.lossCount();
+  return true;
 }
 
 void MetalProcessor::prepareRegionTexture(gpu::Extent size) {
   if (regionTexture_ && regionTexture_->size() == size) return;
   regionTexture_ = device_->makeTexture({gpu::PixelFormat::bgra8Unorm, size.width, size.height,
                                          gpu::TextureUsage::shaderRead, gpu::StorageMode::deviceOnly});
-  noteLost(frames_);
+  regionUpload_ = 0;
 }
 
-void MetalProcessor::noteLost(std::uint64_t frame) {
-  std::uint64_t last = lostFrames_;
-  while (last < frame && !lostFrames_.compare_exchange_weak(last, frame)) {
+void MetalProcessor::noteLost(std::uint64_t upload) {
+  std::uint64_t last = lostUploads_;
+  while (last < upload && !lostUploads_.compare_exchange_weak(last, upload)) {
   }
 }
 
@@ -107,17 +125,23 @@ void MetalProcessor::setPalette(const Palette::Buffer& palette) {
   reanalyze();
 }
 
-void MetalProcessor::reanalyze() {
+void MetalProcessor::reanalyze() { analyseAgain(); }
+
+bool MetalProcessor::analyseAgain() {
   const std::scoped_lock guard(gpuLock_);
-  if (!regionTexture_ || frames_ <= lostFrames_ || joinsReanalysis()) return;
+  if (!lastFrame_) return false;
+  if (joinsReanalysis()) return true;
   const auto commands = queue_->makeCommandBuffer();
-  if (!commands) return;
+  if (!commands) return false;
+  const bool isThere = regionUpload_ > lostUploads_ && regionLossCount_ == commands->lossCount();
+  if (!isThere && !upload(*commands)) return false;
   encodeAnalysis(*commands, true);
   commands->addCompletedHandler([weak = weak_from_this()](const gpu::CommandBuffer&) {
     if (const auto self = weak.lock()) self->reanalysisDone();
   });
   reanalysis_ = Reanalysis::running;
   commands->commit();
+  return true;
 }
 
 // Whether one under way takes this call along.
@@ -133,20 +157,32 @@ void MetalProcessor::reanalysisDone() {
   });
 }
 
+// The views keep what they show until there is a new result: it was right when it was drawn.
+void MetalProcessor::deviceReturned() {
+  if (analyseAgain()) return;
+  forgetResults();
+  announceLater(true);
+}
+
+void MetalProcessor::forgetResults() {
+  const std::scoped_lock guard(lock_);
+  results_ = {};
+  results_.lossCount = device_->lossCount();
+}
+
 void MetalProcessor::reset() {
   {
     const std::scoped_lock guard(gpuLock_);
+    lastFrame_ = nullptr;
     regionTexture_ = nullptr;
+    regionUpload_ = 0;
     outTexture_ = nullptr;
     // The one before may keep memory of the frames.
     if (auto cache = device_->makeTextureCache()) textureCache_ = std::move(cache);
     ingestCount_ = 0;
     ++session_;
   }
-  {
-    const std::scoped_lock guard(lock_);
-    results_ = {};
-  }
+  forgetResults();
   announceLater(true);
 }
 
@@ -162,20 +198,23 @@ void MetalProcessor::encodeAnalysis(gpu::CommandBuffer& commands, bool includeSc
   }
   if (includeScopes) encodeScopes(commands);
   const Outcome outcome{wantsPreview ? outTexture_ : nullptr, regionTexture_, includeScopes, session_,
-                        frames_};
+                        regionUpload_};
   commands.addCompletedHandler([weak = weak_from_this(), outcome](const gpu::CommandBuffer& done) {
     const auto self = weak.lock();
     if (!self) return;
+    const bool failed = done.status() == gpu::CommandBuffer::Status::failed;
+    if (failed) self->noteLost(outcome.source);
     // The results of the frame before stay.
-    if (done.status() == gpu::CommandBuffer::Status::failed) return self->noteLost(outcome.source);
-    self->publish(outcome);
+    if (outcome.source > self->lostUploads_) self->publish(outcome, done.lossCount());
   });
 }
 
-void MetalProcessor::publish(const Outcome& outcome) {
+void MetalProcessor::publish(const Outcome& outcome, std::uint64_t lossCount) {
   {
     const std::scoped_lock guard(lock_);
     if (outcome.session == session_) {
+      if (results_.lossCount != lossCount) results_ = {};
+      results_.lossCount = lossCount;
       results_.preview = outcome.preview;
       results_.frame = outcome.frame;
       if (outcome.includesScopes) {
@@ -190,7 +229,8 @@ void MetalProcessor::publish(const Outcome& outcome) {
 void MetalProcessor::announceLater(bool includesScopes) {
   dispatch::MainQueue::shared().async([weak = weak_from_this(), includesScopes] {
     const auto self = weak.lock();
-    if (!self) return;
+    // After a loss there is nothing to show until the device is back, which announces what there is then.
+    if (!self || self->hasLostResults()) return;
     if (self->onPreview) self->onPreview();
     if (includesScopes && self->onScopes) self->onScopes();
   });
@@ -205,10 +245,15 @@ void MetalProcessor::dumpPictures() {
       });
 }
 
+bool MetalProcessor::hasLostResults() const {
+  const std::scoped_lock guard(lock_);
+  return results_.lossCount != device_->lossCount();
+}
+
 std::shared_ptr<gpu::Texture> MetalProcessor::published(
     std::shared_ptr<gpu::Texture> Results::*result) const {
   const std::scoped_lock guard(lock_);
-  return results_.*result;
+  return results_.lossCount == device_->lossCount() ? results_.*result : nullptr;
 }
 
 std::shared_ptr<gpu::Texture> MetalProcessor::preview() const { return published(&Results::preview); }

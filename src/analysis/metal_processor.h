@@ -21,8 +21,8 @@ namespace velicor {
 //
 // Frames come in on the capture queue, everything else is called on the main thread. Results are published
 // by a device thread; reading them is possible from any. A frame that can't be analysed (too small, no
-// memory) is dropped without a word, and the results of the one before stay. Nothing ever waits for the
-// device.
+// memory) is dropped without a word, and the results of the one before stay. Results that a device has lost
+// are none; when it is back, the last frame is analysed again. Nothing ever waits for the device.
 class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
  public:
   // The numbers are stored in the settings.
@@ -40,16 +40,16 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   MetalProcessor(const MetalProcessor&) = delete;
   MetalProcessor& operator=(const MetalProcessor&) = delete;
 
-  // Takes one frame and returns once its analysis is committed. The buffer is kept until the device has
-  // copied it. Frames of less than 2 pixels a side are ignored.
+  // Takes one frame and returns once its analysis is committed. The buffer is kept until the next one comes.
+  // Frames of less than 2 pixels a side are ignored.
   void ingest(const PixelBufferRef& frame);
 
   // New colours for the preview, shown at once on the last frame.
   void setPalette(const Palette::Buffer& palette);
 
-  // Analyses the last frame again, scopes included; nothing without a frame, or where the device has lost it.
-  // While the device is still busy with an earlier call, calls are run into one that follows, with what is set
-  // by then: a slider that moves on a large frame leaves no queue behind.
+  // Analyses the last frame again, scopes included; nothing without a frame, or without a device.
+  // While the device is still busy with an earlier call, calls are run into one that follows, with what is
+  // set by then: a slider that moves on a large frame leaves no queue behind.
   void reanalyze();
 
   // Forgets the frame, all results and the frame count, and calls both callbacks so that the views empty.
@@ -100,6 +100,7 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
     std::shared_ptr<gpu::Texture> vectorscope;
     std::shared_ptr<gpu::Texture> parade;
     std::shared_ptr<gpu::Texture> frame;
+    std::uint64_t lossCount = 0;  // the device's, before which they have no contents
   };
   // What one analysis will publish when it has completed.
   struct Outcome {
@@ -107,14 +108,16 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
     std::shared_ptr<gpu::Texture> frame;
     bool includesScopes = false;
     std::uint64_t session = 0;
-    std::uint64_t source = 0;  // the frame's number, as frames_ counts
+    std::uint64_t source = 0;  // the upload's number, as uploads_ counts
   };
 
   explicit MetalProcessor(std::shared_ptr<gpu::Device> device) : device_(std::move(device)) {}
   bool prepare();
   bool buildPipelines();
+  void watchDevice();
 
   // Callers of these hold gpuLock_.
+  bool upload(gpu::CommandBuffer& commands);  // of the last frame; false where that can't be had
   void prepareRegionTexture(gpu::Extent size);
   void encodeUpload(gpu::CommandBuffer& commands, const std::shared_ptr<gpu::Texture>& frame);
   void encodeAnalysis(gpu::CommandBuffer& commands, bool includeScopes);
@@ -126,17 +129,24 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
                         const std::shared_ptr<gpu::Texture>& image);
   void dumpPictures();
 
+  bool analyseAgain();  // false where nothing will come of it
   bool joinsReanalysis();
   void reanalysisDone();  // a device thread
 
-  // The device's copy of this frame, or of one before, may have no contents. Any thread.
-  void noteLost(std::uint64_t frame);
+  void deviceReturned();
+  void forgetResults();
+  bool hasLostResults() const;
 
-  void publish(const Outcome& outcome);  // a device thread
+  // This upload, or one before, may have come to nothing. Any thread.
+  void noteLost(std::uint64_t upload);
+
+  // The device's loss count when the analysis was recorded. A device thread.
+  void publish(const Outcome& outcome, std::uint64_t lossCount);
   void announceLater(bool includesScopes);
   std::shared_ptr<gpu::Texture> published(std::shared_ptr<gpu::Texture> Results::*result) const;
 
   const std::shared_ptr<gpu::Device> device_;
+  gpu::Device::Watch deviceReturns_;
   std::shared_ptr<gpu::CommandQueue> queue_;
   Pipelines pipelines_;
   std::shared_ptr<gpu::Buffer> vsBuffer_;
@@ -148,13 +158,16 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
   // Serialises all encoding. Never held together with lock_.
   std::mutex gpuLock_;
   Palette::Buffer palette_ = Palette::standard().buffer();
-  std::shared_ptr<gpu::Texture> regionTexture_;  // the device's copy of the last frame
+  PixelBufferRef lastFrame_;
+  std::shared_ptr<gpu::Texture> regionTexture_;  // the device's copy of a frame
+  std::uint64_t regionUpload_ = 0;               // the last upload into it; 0: none
+  std::uint64_t regionLossCount_ = 0;            // the device's, at that time
   std::shared_ptr<gpu::Texture> outTexture_;     // the preview picture
   int ingestCount_ = 0;                          // since creation or the last reset
-  std::uint64_t frames_ = 0;                     // since creation
+  std::uint64_t uploads_ = 0;                    // uploads since creation
 
-  // Up to this one no frame can be analysed again.
-  std::atomic<std::uint64_t> lostFrames_{0};
+  // Up to this one the uploads may have come to nothing.
+  std::atomic<std::uint64_t> lostUploads_{0};
 
   // Of calls of reanalyze(): none on the device, one there, one there and another to follow.
   enum class Reanalysis { none, running, followed };

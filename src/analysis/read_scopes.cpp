@@ -23,8 +23,9 @@ void answer(const Handler& handler, std::optional<ScopeReading> reading) {
 void MetalProcessor::readScopes(const Handler& handler) {
   const auto vectorscope = device_->makeBuffer(kernels::vectorscopeBytes, gpu::StorageMode::shared);
   const auto parade = device_->makeBuffer(kernels::paradeBytes, gpu::StorageMode::shared);
-  const auto commands = this->vectorscope() ? queue_->makeCommandBuffer() : nullptr;
-  const auto blit = commands ? commands->makeBlitEncoder() : nullptr;
+  // Made before the images are asked for: where these are lost meanwhile, it fails.
+  const auto commands = queue_->makeCommandBuffer();
+  const auto blit = commands && this->vectorscope() ? commands->makeBlitEncoder() : nullptr;
   if (!vectorscope || !parade || !blit) return answer(handler, std::nullopt);
   blit->copy({.source = vsBuffer_, .destination = vectorscope, .length = kernels::vectorscopeBytes});
   blit->copy({.source = paradeBuffer_, .destination = parade, .length = kernels::paradeBytes});

@@ -8,7 +8,8 @@
 
 namespace velicor::gpu {
 
-CommandBuffer::CommandBuffer(std::shared_ptr<Device> device) : device_(std::move(device)) {}
+CommandBuffer::CommandBuffer(std::shared_ptr<Device> device)
+    : device_(std::move(device)), lossCount_(device_->lossCount()) {}
 
 std::shared_ptr<BlitEncoder> CommandBuffer::makeBlitEncoder() {
   requireRecording();

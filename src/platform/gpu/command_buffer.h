@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 
@@ -46,6 +47,10 @@ class CommandBuffer : public std::enable_shared_from_this<CommandBuffer> {
   Status status() const;
   const std::shared_ptr<Device>& device() const { return device_; }
 
+  // The device's when this one was made. Where the device is lost after that, the work fails: what it was
+  // going to read is gone.
+  std::uint64_t lossCount() const { return lossCount_; }
+
  private:
   friend class Encoder;
   friend struct Submission;
@@ -55,6 +60,7 @@ class CommandBuffer : public std::enable_shared_from_this<CommandBuffer> {
   void finish(Recording& recording, bool succeeded);
 
   std::shared_ptr<Device> device_;
+  const std::uint64_t lossCount_;
   Stock<Recording>::Loan recording_ = Stock<Recording>::take();  // none once committed
   bool encoderOpen_ = false;
 

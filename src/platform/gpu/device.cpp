@@ -6,6 +6,25 @@
 
 namespace velicor::gpu {
 
+Device::Watch Device::watchReturns(std::function<void()> handler) {
+  auto watch = std::make_shared<const std::function<void()>>(std::move(handler));
+  const std::scoped_lock guard(watchesMutex_);
+  std::erase_if(watches_, [](const auto& each) { return each.expired(); });
+  watches_.push_back(watch);
+  return watch;
+}
+
+void Device::announceReturn() {
+  std::vector<std::weak_ptr<const std::function<void()>>> watches;
+  {
+    const std::scoped_lock guard(watchesMutex_);
+    watches = watches_;
+  }
+  for (const auto& each : watches) {
+    if (const Watch watch = each.lock()) (*watch)();
+  }
+}
+
 std::shared_ptr<CommandQueue> Device::makeCommandQueue() {
   return accepts(Work::commandQueue) ? std::make_shared<CommandQueue>(shared_from_this()) : nullptr;
 }

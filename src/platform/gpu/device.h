@@ -1,8 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <vector>
 
 #include "platform/gpu/command_buffer.h"
 #include "platform/gpu/drawables.h"
@@ -30,6 +34,14 @@ class Device : public std::enable_shared_from_this<Device> {
 
   // For the log and the about texts, such as "CPU".
   virtual std::string name() const = 0;
+
+  // How often the device has been lost. What only it held before the last time has no contents any more.
+  virtual std::uint64_t lossCount() const { return 0; }
+
+  // Calls the handler, on a device thread, whenever the device works again after a loss; until what this
+  // returns is let go of.
+  using Watch = std::shared_ptr<const std::function<void()>>;
+  [[nodiscard]] Watch watchReturns(std::function<void()> handler);
 
   std::shared_ptr<CommandQueue> makeCommandQueue();
 
@@ -72,6 +84,12 @@ class Device : public std::enable_shared_from_this<Device> {
 
   // Takes the work in; never waits for it. The order of these calls is the order of execution.
   virtual void onSubmit(Submission submission) = 0;
+
+  void announceReturn();
+
+ private:
+  std::mutex watchesMutex_;
+  std::vector<std::weak_ptr<const std::function<void()>>> watches_;
 };
 
 // Begins to look for what systemDefaultDevice() chooses from, in a process of its own. To be called at the

@@ -5,6 +5,7 @@
 #include <thread>
 #include <utility>
 
+#include "platform/gpu/command_buffer.h"
 #include "platform/gpu/vulkan/frames.h"
 #include "platform/log/log.h"
 
@@ -40,8 +41,15 @@ ContextRef Engine::context() const {
   return context_;
 }
 
+// None where the device was lost since the work was begun: it would read what has no contents in the next
+// one.
+ContextRef Engine::contextOf(const CommandBuffer& commands) const {
+  const std::scoped_lock guard(mutex_);
+  return commands.lossCount() == lossCount_ ? context_ : nullptr;
+}
+
 std::unique_ptr<Flight> Engine::launch(const Submission& submission) {
-  const ContextRef context = this->context();
+  const ContextRef context = contextOf(*submission.commandBuffer);
   if (!context) return nullptr;
   try {
     auto flight = takeFlight(context);
@@ -105,8 +113,10 @@ void Engine::lose() {
   std::vector<std::unique_ptr<Flight>> gone;
   const std::scoped_lock guard(mutex_);
   gone.swap(idleFlights_);
-  if (context_) log::Logger("gpu").error(context_->name() + " was lost");
+  if (!context_) return;
+  log::Logger("gpu").error(context_->name() + " was lost");
   context_ = nullptr;
+  ++lossCount_;
 }
 
 void Engine::complain(const char* what) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -21,6 +22,9 @@ class Engine {
   // None while the device is lost. Any thread.
   ContextRef context() const;
 
+  // How often it was lost. Any thread.
+  std::uint64_t lossCount() const { return lossCount_; }
+
   // The thread that records: hands the work to the device. nullptr where that failed; the submission then has
   // no effect.
   std::unique_ptr<Flight> launch(const Submission& submission);
@@ -34,6 +38,7 @@ class Engine {
   std::chrono::milliseconds rebuildPause() const { return options_.rebuildPause; }
 
  private:
+  ContextRef contextOf(const CommandBuffer& commands) const;
   std::unique_ptr<Flight> takeFlight(const ContextRef& context);
   void reportTimes(const Flight& flight) const;
   void lose();
@@ -42,6 +47,8 @@ class Engine {
   VulkanOptions options_;
   Recorder recorder_;
   bool complained_ = false;  // the thread that records
+
+  std::atomic<std::uint64_t> lossCount_{0};
 
   mutable std::mutex mutex_;
   ContextRef context_;

@@ -90,7 +90,7 @@ BufferBacking& VulkanFrame::rows(const ContextRef& context) {
 }
 
 std::shared_ptr<Texture> VulkanTextureCache::onTexture(const PixelBufferRef& buffer, int width, int height) {
-  const ContextRef context = timeline_.acceptingContext();
+  const ContextRef context = timeline_.context();
   if (!context) return nullptr;
   const TextureDescriptor descriptor{PixelFormat::bgra8Unorm, width, height, TextureUsage::shaderRead,
                                      StorageMode::deviceOnly};

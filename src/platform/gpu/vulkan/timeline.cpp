@@ -53,18 +53,19 @@ struct UnderWay {
 }  // namespace
 
 struct Timeline::State {
-  explicit State(std::unique_ptr<Engine> made) : engine(std::move(made)) {}
+  State(std::unique_ptr<Engine> made, std::function<void()> handler)
+      : engine(std::move(made)), onRebuilt(std::move(handler)) {}
 
   const std::unique_ptr<Engine> engine;
+  const std::function<void()> onRebuilt;
   std::mutex mutex;
   std::condition_variable changed;
   Ring<Submission> submissions;
   Ring<UnderWay> underWay;
   bool landing = false;
   bool ending = false;
-  bool rebuildWanted = false;
   int failedRebuilds = 0;
-  Clock::time_point nextRebuild = Clock::time_point::min();
+  Clock::time_point nextRebuild{};
 
   void end() {
     {
@@ -74,15 +75,19 @@ struct Timeline::State {
     changed.notify_all();
   }
 
-  // A device that is lost again at once is not rebuilt in a circle.
-  void askForRebuild() {
-    if (engine->context() || Clock::now() < nextRebuild) return;
-    rebuildWanted = true;
-    changed.notify_all();
+  // Returns when there is work, or the end; or true when it is time to rebuild the device. One that is lost
+  // again at once is not rebuilt in a circle.
+  bool awaitsRebuild(std::unique_lock<std::mutex>& guard) {
+    const auto hasWork = [this] {
+      return ending || (!submissions.isEmpty() && underWay.size() < maxUnderWay);
+    };
+    changed.wait(guard, [&] { return hasWork() || !engine->context(); });
+    return !changed.wait_until(guard, nextRebuild, hasWork);
   }
 };
 
-Timeline::Timeline(std::unique_ptr<Engine> engine) : state_(std::make_shared<State>(std::move(engine))) {
+Timeline::Timeline(std::unique_ptr<Engine> engine, std::function<void()> onRebuilt)
+    : state_(std::make_shared<State>(std::move(engine), std::move(onRebuilt))) {
   lander_ = std::thread([state = state_] { landAll(state); });
   try {
     launcher_ = std::thread([state = state_] { launchAll(state); });
@@ -113,22 +118,13 @@ void Timeline::submit(Submission submission) {
 
 ContextRef Timeline::context() const { return state_->engine->context(); }
 
-ContextRef Timeline::acceptingContext() {
-  if (ContextRef context = state_->engine->context()) return context;
-  const std::scoped_lock guard(state_->mutex);
-  state_->askForRebuild();
-  return nullptr;
-}
+std::uint64_t Timeline::lossCount() const { return state_->engine->lossCount(); }
 
 void Timeline::launchAll(const std::shared_ptr<State>& state) {
   pthread_setname_np(pthread_self(), "velicor.gpu");
   std::unique_lock guard(state->mutex);
   while (true) {
-    state->changed.wait(guard, [&] {
-      return state->ending || state->rebuildWanted ||
-             (!state->submissions.isEmpty() && state->underWay.size() < maxUnderWay);
-    });
-    if (state->rebuildWanted) {
+    if (state->awaitsRebuild(guard)) {
       rebuild(*state, guard);
       continue;
     }
@@ -138,7 +134,6 @@ void Timeline::launchAll(const std::shared_ptr<State>& state) {
     next.flight = state->engine->launch(next.submission);
     guard.lock();
     state->underWay.push(std::move(next));
-    state->askForRebuild();
     state->changed.notify_all();
   }
 }
@@ -151,7 +146,6 @@ void Timeline::rebuild(State& state, std::unique_lock<std::mutex>& guard) {
     isThere = state.engine->rebuild();
     guard.lock();
   }
-  state.rebuildWanted = false;  // whoever asked meanwhile is served as well
   if (state.ending) return;
   if (isThere) {
     log::Logger("gpu").info("the device was rebuilt");
@@ -162,6 +156,10 @@ void Timeline::rebuild(State& state, std::unique_lock<std::mutex>& guard) {
     state.failedRebuilds = std::min(state.failedRebuilds + 1, maxPauseDoublings);
   }
   state.nextRebuild = Clock::now() + state.engine->rebuildPause() * (1 << state.failedRebuilds);
+  if (!isThere) return;
+  guard.unlock();
+  state.onRebuilt();
+  guard.lock();
 }
 
 void Timeline::landAll(const std::shared_ptr<State>& state) {
@@ -179,7 +177,6 @@ void Timeline::landAll(const std::shared_ptr<State>& state) {
     next = {};
     guard.lock();
     state->landing = false;
-    state->askForRebuild();
     state->changed.notify_all();
   }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -11,11 +13,12 @@ namespace velicor::gpu::vulkan {
 // The device's two threads. One records submissions in the order they came and hands them to the device, up
 // to a few ahead; the other waits for them in the same order and calls their `finished`. A device that was
 // lost is rebuilt by the first, once the second has reported all that was under way as failed. Where that
-// can't be done, what comes in fails too.
+// can't be done, it tries again now and then, and what comes in fails too.
 class Timeline {
  public:
-  // Throws std::system_error where no thread can be had.
-  explicit Timeline(std::unique_ptr<Engine> engine);
+  // Throws std::system_error where no thread can be had. The handler is called on the first thread when a
+  // lost device is there again.
+  Timeline(std::unique_ptr<Engine> engine, std::function<void()> onRebuilt);
 
   // Nothing may be queued any more. May run on the second thread, when the last reference to the device is
   // let go there: that thread then ends by itself.
@@ -28,9 +31,7 @@ class Timeline {
 
   // As engine.h says.
   ContextRef context() const;
-
-  // The device; none while it is lost. Asking then makes the first thread try again, now and then.
-  ContextRef acceptingContext();
+  std::uint64_t lossCount() const;
 
  private:
   struct State;

@@ -18,16 +18,15 @@ using Stage = vulkan::ShaderFacts::Stage;
 class VulkanDevice : public Device {
  public:
   VulkanDevice(std::unique_ptr<vulkan::Engine> engine, std::string name)
-      : name_(std::move(name)), timeline_(std::move(engine)) {}
+      : name_(std::move(name)), timeline_(std::move(engine), [this] { announceReturn(); }) {}
   std::string name() const override {
     const ContextRef context = timeline_.context();
     return context ? context->name() : name_;
   }
+  std::uint64_t lossCount() const override { return timeline_.lossCount(); }
 
  protected:
-  bool accepts(Work work) override {
-    return work == Work::commandQueue || timeline_.acceptingContext() != nullptr;
-  }
+  bool accepts(Work work) override { return work == Work::commandQueue || timeline_.context() != nullptr; }
   std::shared_ptr<Buffer> onMakeBuffer(std::size_t length, StorageMode storageMode) override;
   std::shared_ptr<Texture> onMakeTexture(const TextureDescriptor& descriptor) override;
   std::shared_ptr<ComputePipeline> onMakeComputePipeline(const Function& function) override;
@@ -40,7 +39,7 @@ class VulkanDevice : public Device {
   // What can't be had now is nothing.
   template <typename Resource, typename... Arguments>
   std::shared_ptr<Resource> make(Arguments&&... arguments) {
-    const ContextRef context = timeline_.acceptingContext();
+    const ContextRef context = timeline_.context();
     if (!context) return nullptr;
     try {
       return std::make_shared<Resource>(shared_from_this(), context, std::forward<Arguments>(arguments)...);

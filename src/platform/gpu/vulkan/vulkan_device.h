@@ -45,7 +45,8 @@ struct VulkanOptions {
   // None: the system's loader, opened at run time.
   VulkanEntryPoint entryPoint = nullptr;
 
-  // A lost device that could not be rebuilt at once is tried again when work is asked for, but not sooner.
+  // A lost device that could not be rebuilt at once is tried again after this time, and then ever more
+  // seldom.
   std::chrono::milliseconds rebuildPause{5000};
 };
 
@@ -53,7 +54,7 @@ struct VulkanOptions {
 // before virtual ones. nullptr where there is none, or no loader; a processor that could not be used is
 // logged.
 //
-// When it is lost while running, a new one is made behind the same Device. What was under way fails and
+// When it is lost while running, a new one is made behind the same Device. What was begun before fails and
 // contents are gone: textures are blank, buffers undefined, but for what the main processor wrote into shared
 // ones. Until it is there, and while none can be made, the device refuses work.
 std::shared_ptr<Device> makeVulkanDevice(VulkanOptions options = {});
