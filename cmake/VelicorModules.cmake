@@ -118,5 +118,6 @@ function(velicor_test name)
     math(EXPR arg_TIMEOUT "${arg_TIMEOUT} * 5")
   endif()
   # A busy machine takes long to start a program that only lists its tests, and such a one is no failure.
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES LABELS ${labels} TIMEOUT ${arg_TIMEOUT})
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    PROPERTIES LABELS ${labels} TIMEOUT ${arg_TIMEOUT})
 endfunction()
