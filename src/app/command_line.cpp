@@ -128,7 +128,7 @@ OrComplaint<CommandLine> carriedOut(const Given& given) {
       std::cout << helpText() << std::flush;
       return ended(0);
     case Option::Meaning::version:
-      std::cout << product::name << ' ' << runningVersion() << std::endl;
+      std::cout << product::name << ' ' << runningVersion() << '\n' << std::flush;
       return ended(0);
     case Option::Meaning::session: break;
   }

@@ -53,7 +53,7 @@ Status IncomingFile::append(const QByteArray& piece) {
 
 Result<fs::path> IncomingFile::moveInto(const std::string& name) {
   if (!file_->flush()) return fileError(writeFile, folder_, reasonOf(*file_));
-  const fs::path place = folder_ / name;
+  fs::path place = folder_ / name;
   std::error_code error;
   fs::rename(file_->fileName().toStdString(), place, error);
   if (error) return fileError(moveFile, place, error.message());
