@@ -104,8 +104,8 @@ TEST(LifeTest, WhereTheServerDoesNotTrustItItSaysThatItMayNotSeeTheScreen) {
   const XServer server("1280x800x24", {"+extension", "SECURITY"});
   const QTemporaryDir folder;
   const QString cookies = folder.filePath("cookies");
-  ASSERT_EQ(QProcess::execute("xauth", {"-q", "-f", cookies, "generate", QString::fromStdString(server.name()), ".",
-                                        "untrusted"}),
+  ASSERT_EQ(QProcess::execute("xauth", {"-q", "-f", cookies, "generate",
+                                        QString::fromStdString(server.name()), ".", "untrusted"}),
             0);
   RunningVelicor velicor({.display = server.name(), .environment = {"XAUTHORITY=" + cookies.toStdString()}});
   EXPECT_TRUE(velicor.waitForLog("capture failed: The X server does not let this program read the screen"))

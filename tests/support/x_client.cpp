@@ -329,7 +329,8 @@ void XClient::goToDesktop(std::uint32_t desktop) const {
        {desktop, XCB_CURRENT_TIME});
   const bool there = eventually([&] {
     const Freed<xcb_get_property_reply_t> reply{xcb_get_property_reply(
-        connection_, xcb_get_property(connection_, 0, root(), atom(current), XCB_ATOM_CARDINAL, 0, 1), nullptr)};
+        connection_, xcb_get_property(connection_, 0, root(), atom(current), XCB_ATOM_CARDINAL, 0, 1),
+        nullptr)};
     return reply && reply->value_len == 1 &&
            *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.value)) == desktop;
   });
@@ -340,7 +341,8 @@ void XClient::dock(xcb_window_t icon) const {
   constexpr std::uint32_t requestDock = 0;
   const Freed<xcb_get_selection_owner_reply_t> tray{xcb_get_selection_owner_reply(
       connection_, xcb_get_selection_owner(connection_, atom("_NET_SYSTEM_TRAY_S0")), nullptr)};
-  tell(tray->owner, XCB_EVENT_MASK_NO_EVENT, "_NET_SYSTEM_TRAY_OPCODE", {XCB_CURRENT_TIME, requestDock, icon});
+  tell(tray->owner, XCB_EVENT_MASK_NO_EVENT, "_NET_SYSTEM_TRAY_OPCODE",
+       {XCB_CURRENT_TIME, requestDock, icon});
   const bool docked = eventually([&] {
     const Freed<xcb_query_tree_reply_t> tree{
         xcb_query_tree_reply(connection_, xcb_query_tree(connection_, icon), nullptr)};

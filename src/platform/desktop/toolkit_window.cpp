@@ -151,7 +151,7 @@ void returnToRoot(WindowId window) {
 }
 
 void setClickThrough(WindowId window, bool on) {
-  // A server that does not trust us has no shapes for us, and xcb ends the connection of who asks all the same.
+  // A server that does not trust us has no shapes for us, and xcb would end the connection.
   if (window == 0 || !xcb_get_extension_data(connection(), &xcb_shape_id)->present) return;
   // The toolkit's own flag would leave a rectangle behind that does not follow the window's size.
   forget(on ? xcb_shape_rectangles_checked(connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,

@@ -127,11 +127,10 @@ void WindowStack::readFacts(const std::vector<WindowId>& windows) {
   const bool hasShapes = connection.extensions().shape.present;
   std::vector<Questions> questions;
   for (const WindowId window : windows) {
-    questions.push_back({xcb_get_window_attributes(server_.raw(), window),
-                         xcb_get_geometry(server_.raw(), window),
-                         hasShapes ? xcb_shape_query_extents(server_.raw(), window)
-                                   : xcb_shape_query_extents_cookie_t{},
-                         x11::askProperty(connection, window, server_.atom(x11::Atom::netWmWindowOpacity))});
+    questions.push_back(
+        {xcb_get_window_attributes(server_.raw(), window), xcb_get_geometry(server_.raw(), window),
+         hasShapes ? xcb_shape_query_extents(server_.raw(), window) : xcb_shape_query_extents_cookie_t{},
+         x11::askProperty(connection, window, server_.atom(x11::Atom::netWmWindowOpacity))});
   }
   for (std::size_t i = 0; i < windows.size(); ++i) {
     const auto attributes = connection.reply(xcb_get_window_attributes_reply, questions[i].attributes);

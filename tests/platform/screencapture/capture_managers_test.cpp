@@ -81,7 +81,8 @@ TEST_F(CaptureUnderManagers, LeavesOutWhatIsKeptBack) {
   EXPECT_TRUE(becomes(backdrop_,
                       [&] { other.setNumber(window, "_NET_WM_STATE", other.atom("_NET_WM_STATE_HIDDEN")); }));
   EXPECT_TRUE(becomes(shown, [&] { other.clear(window, "_NET_WM_STATE"); }));
-  EXPECT_TRUE(becomes(backdrop_, [&] { other.setNumber(window, "_NET_WM_STATE", other.atom("_NET_WM_STATE_HIDDEN")); }));
+  EXPECT_TRUE(becomes(backdrop_,
+                      [&] { other.setNumber(window, "_NET_WM_STATE", other.atom("_NET_WM_STATE_HIDDEN")); }));
   EXPECT_TRUE(becomes(shown, [&] {
     other.setNumbers(window, "_NET_WM_STATE",
                      {other.atom("_NET_WM_STATE_HIDDEN"), other.atom("_NET_WM_STATE_SHADED")});

@@ -23,10 +23,12 @@ std::optional<DeviceRect> paintedBy(const DeviceRect& client, const std::vector<
 }
 
 std::optional<DeviceRect> largest(const std::vector<DeviceRect>& rects) {
-  const auto area = [](const DeviceRect& rect) { return static_cast<std::int64_t>(rect.width) * rect.height; };
-  const auto place = std::max_element(rects.begin(), rects.end(), [&](const DeviceRect& one, const DeviceRect& other) {
-    return area(one) < area(other);
-  });
+  const auto area = [](const DeviceRect& rect) {
+    return static_cast<std::int64_t>(rect.width) * rect.height;
+  };
+  const auto place = std::max_element(
+      rects.begin(), rects.end(),
+      [&](const DeviceRect& one, const DeviceRect& other) { return area(one) < area(other); });
   return place == rects.end() ? std::nullopt : std::optional(*place);
 }
 

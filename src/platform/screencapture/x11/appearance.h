@@ -17,7 +17,7 @@ struct AppearanceProperties {
   std::optional<std::uint32_t> desktop;
   std::optional<std::uint32_t> opacity;        // of the child of the root window
   std::optional<std::uint32_t> clientOpacity;  // of the program's own window
-  std::vector<std::uint32_t> opaqueRegion;     // _NET_WM_OPAQUE_REGION of it: x, y, width, height of each rectangle
+  std::vector<std::uint32_t> opaqueRegion;     // _NET_WM_OPAQUE_REGION of it: four numbers a rectangle
   std::vector<DeviceRect> shape;               // what the child of the root window is cut to
   std::string_view name;
 

@@ -97,8 +97,8 @@ class SegmentPool {
   void setDepth(int depth) { depth_ = depth; }
 
   // A segment to write a frame of this size into; none while all are in use or no memory can be had. The one
-  // that holds the last frame is kept back while there is another. Those that are far too large and not in use
-  // go, and with them what larger frames have shown.
+  // that holds the last frame is kept back while there is another. Those that are far too large and not in
+  // use go, and with them what larger frames have shown.
   std::shared_ptr<Segment> acquire(std::size_t size);
 
   // Whether acquire() would find one that is not in use. Where not, `onFree` tells.

@@ -32,7 +32,8 @@ std::optional<Error> redirectWindows(x11::Connection& connection) {
 
 bool isRedirected(x11::Connection& connection, std::uint32_t window) {
   const std::uint32_t pixmap = connection.newId();
-  if (!connection.check(xcb_composite_name_window_pixmap_checked(connection.raw(), window, pixmap))) return false;
+  if (!connection.check(xcb_composite_name_window_pixmap_checked(connection.raw(), window, pixmap)))
+    return false;
   xcb_free_pixmap(connection.raw(), pixmap);
   return true;
 }

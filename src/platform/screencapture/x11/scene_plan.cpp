@@ -56,7 +56,8 @@ Layer layerOf(const StackedWindow& window, const DeviceRect& screen, bool compos
 }
 
 bool isCovered(const DeviceRect& part, const std::vector<Layer>& above) {
-  return std::any_of(above.begin(), above.end(), [&](const Layer& layer) { return layer.solid.contains(part); });
+  return std::any_of(above.begin(), above.end(),
+                     [&](const Layer& layer) { return layer.solid.contains(part); });
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ struct Layer {
   std::uint32_t visual = 0;
   DeviceRect bounds;  // of the whole window with its border: where its pixmap lies on the root window
   int border = 0;
-  DeviceRect visible;  // the part of the bounds that lies inside the frame, without an unpainted margin
+  DeviceRect visible;   // the part of the bounds that lies inside the frame, without an unpainted margin
   DeviceRect solid;     // a part of that which hides what lies beneath
   bool shaped = false;  // only a part of it shows: its own shape, less the cut
   std::optional<ClientCut> cut;

@@ -306,8 +306,8 @@ void SceneRenderer::paint(const Layer& layer, const Surface& surface, const Devi
     mask = connection_.newId();
     xcb_render_create_solid_fill(c, mask, {0, 0, 0, static_cast<std::uint16_t>(layer.opacity >> 16)});
   }
-  xcb_render_composite(c, blended ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, surface.picture,
-                       mask, canvasPicture_, s16(part.x - layer.bounds.x), s16(part.y - layer.bounds.y), 0, 0,
+  xcb_render_composite(c, blended ? XCB_RENDER_PICT_OP_OVER : XCB_RENDER_PICT_OP_SRC, surface.picture, mask,
+                       canvasPicture_, s16(part.x - layer.bounds.x), s16(part.y - layer.bounds.y), 0, 0,
                        s16(part.x - plan_.frame.x), s16(part.y - plan_.frame.y), u16(part.width),
                        u16(part.height));
   if (mask != XCB_NONE) xcb_render_free_picture(c, mask);

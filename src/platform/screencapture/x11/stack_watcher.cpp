@@ -117,7 +117,8 @@ void StackWatcher::takeProperty(const xcb_property_notify_event_t& event) {
   const StackedWindow* window = stack_.findByClient(event.window);
   if (!window) return;
   const bool decides = is(Atom::netWmState) || is(Atom::netWmDesktop) || is(Atom::netWmWindowOpacity) ||
-                       is(Atom::netFrameExtents) || is(Atom::netWmOpaqueRegion) || (window->unmanaged && event.atom == XCB_ATOM_WM_NAME);
+                       is(Atom::netFrameExtents) || is(Atom::netWmOpaqueRegion) ||
+                       (window->unmanaged && event.atom == XCB_ATOM_WM_NAME);
   if (decides) appearanceOutdated_.insert(window->id);
 }
 
@@ -188,7 +189,8 @@ void StackWatcher::readReparented() {
   const auto tray = connection_.reply(
       xcb_get_selection_owner_reply, xcb_get_selection_owner(connection_.raw(), connection_.traySelection()));
   for (const Reparented& found : std::exchange(reparented_, {})) {
-    const WindowId frame = tray && isTrayPart(found.parent, (*tray)->owner) ? XCB_NONE : frameAround(found.parent);
+    const WindowId frame =
+        tray && isTrayPart(found.parent, (*tray)->owner) ? XCB_NONE : frameAround(found.parent);
     const StackedWindow* parent = stack_.find(found.parent);
     if (frame != XCB_NONE) {
       setClient(frame, found.window);
@@ -198,8 +200,8 @@ void StackWatcher::readReparented() {
   }
 }
 
-// A panel that nobody manages takes icons in like a frame does its client. A window manager that has a tray of
-// its own makes both.
+// A panel that nobody manages takes icons in like a frame does its client, and _XEMBED_INFO tells nothing: Qt
+// gives it to every window. A window manager that has a tray of its own makes frames and panel alike.
 bool StackWatcher::isTrayPart(WindowId window, WindowId tray) const {
   if (tray == XCB_NONE || !connection_.haveOneMaker(window, tray)) return false;
   return managerWindow_ == XCB_NONE || !connection_.haveOneMaker(tray, managerWindow_);
@@ -255,10 +257,12 @@ void StackWatcher::readRoot() {
   background_.pixmap = isBackdrop(first) ? *first : isBackdrop(second) ? *second : XCB_NONE;
 }
 
-// One that a program left behind that is gone, or that is meant for another depth, is not what the screen shows.
+// One that a program left behind that is gone, or that is meant for another depth, is not what the screen
+// shows.
 bool StackWatcher::isBackdrop(std::optional<std::uint32_t> pixmap) {
   if (!pixmap || *pixmap == XCB_NONE) return false;
-  const auto geometry = connection_.reply(xcb_get_geometry_reply, xcb_get_geometry(connection_.raw(), *pixmap));
+  const auto geometry =
+      connection_.reply(xcb_get_geometry_reply, xcb_get_geometry(connection_.raw(), *pixmap));
   return geometry && (*geometry)->depth == connection_.screen().root_depth;
 }
 

@@ -48,7 +48,8 @@ class StreamWorker {
   // When look() has something to do; none: nothing before the next event.
   std::optional<Instant> due();
 
-  // Looks at the screen, and sends a frame where there is something new. The watcher must be up to date. The error ends the stream.
+  // Looks at the screen, and sends a frame where there is something new. The watcher must be up to date. The
+  // error ends the stream.
   Status look(Instant now);
 
   // The last look has sent nothing, because a window was gone before its contents could be had. The events

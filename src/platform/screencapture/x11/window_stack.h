@@ -27,8 +27,8 @@ struct Appearance {
   std::optional<DeviceRect> clientPlace = std::nullopt;  // the client inside
   std::optional<DeviceRect> painted = std::nullopt;      // what the manager paints
   bool clientShaped = false;                             // the client is not the whole of its place
-  // The largest rectangles, relative to the same corner, that lie in the window's shape and in what the program
-  // says that it paints opaquely.
+  // The largest rectangles, relative to the same corner, that lie in the window's shape and in what the
+  // program says that it paints opaquely.
   std::optional<DeviceRect> insideShape = std::nullopt;
   std::optional<DeviceRect> opaque = std::nullopt;
 };
@@ -75,8 +75,8 @@ class WindowStack {
   void clientFound(WindowId frame, WindowId client);
   void shownAs(WindowId id, const Appearance& appearance);
 
-  // Of a manager that keeps the windows of all its desktops mapped; none: there is no such manager, and what is
-  // mapped is to be seen.
+  // Of a manager that keeps the windows of all its desktops mapped; none: there is no such manager, and what
+  // is mapped is to be seen.
   void currentDesktopIs(std::optional<std::uint32_t> desktop);
 
   // The contents of all windows have moved, or may have.
