@@ -23,8 +23,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(velicor_flags INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
 endif()
 # Renames a field that C's headers call by one of C++'s keywords; see platform/hotkeys/xkb_protocol.h.
+# What is deprecated g++ reports: clang 19 does so inside libstdc++ 12 too.
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-  target_compile_options(velicor_flags INTERFACE -Wno-keyword-macro)
+  target_compile_options(velicor_flags INTERFACE -Wno-keyword-macro -Wno-deprecated-declarations)
 endif()
 # What another source of the same unit declares is not in the way of this one. g++ takes all sources of a unit for
 # headers, where types without linkage would be a fault.
