@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <utility>
 
 #include <gmock/gmock.h>
 
 #include "analysis/kernel_fixture.h"
-#include "analysis/kernels/color_constants.h"
 
 namespace velicor::test {
 namespace {
@@ -57,16 +57,16 @@ TEST_P(ScopesTest, SamplesLieOnTheirStride) {
 }
 
 TEST_P(ScopesTest, SaturatedColoursFallIntoTheirGraticuleBoxes) {
-  for (const Rgb& on : {Rgb{1, 0, 0}, Rgb{0, 1, 0}, Rgb{0, 0, 1}, Rgb{0, 1, 1}, Rgb{1, 0, 1}, Rgb{1, 1, 0}}) {
-    const double r = 0.75 * on[0], g = 0.75 * on[1], b = 0.75 * on[2];
-    const double luma = color::lumaRed * r + color::lumaGreen * g + color::lumaBlue * b;
-    const int column = static_cast<int>((0.5 + (b - luma) / color::cbDivisor) * 256);
-    const int row = static_cast<int>((0.5 - (r - luma) / color::crDivisor) * 256);
-    const Scopes scopes = scopesOf(plainFrame(64, 48, {on[0] * 191, on[1] * 191, on[2] * 191}));
+  // Colours of 75 %, and their column and row of 256 by the analogue Cb and Cr of BT.709.
+  const std::pair<Rgb, std::pair<int, int>> boxes[] = {
+      {{191, 0, 0}, {106, 32}},    {{0, 191, 0}, {54, 215}},   {{0, 0, 191}, {224, 137}},
+      {{0, 191, 191}, {150, 224}}, {{191, 0, 191}, {202, 41}}, {{191, 191, 0}, {32, 119}}};
+  for (const auto& [color, place] : boxes) {
+    const Scopes scopes = scopesOf(plainFrame(64, 48, color));
     const auto bin = std::ranges::max_element(scopes.vectorscope) - scopes.vectorscope.begin();
     EXPECT_EQ(scopes.vectorscope[static_cast<std::size_t>(bin)], 64U * 48U);
-    EXPECT_NEAR(static_cast<double>(bin % 256), column, 1);
-    EXPECT_NEAR(static_cast<double>(bin / 256), row, 1);
+    EXPECT_NEAR(static_cast<double>(bin % 256), place.first, 1);
+    EXPECT_NEAR(static_cast<double>(bin / 256), place.second, 1);
     const auto x = static_cast<int>(bin % 256 * 2), y = static_cast<int>(bin / 256 * 2);
     EXPECT_EQ(brightestOf(scopes.vectorscopeImage, x, x + 2, y, y + 2), 255);
     EXPECT_FALSE(isLit(scopes.vectorscopeImage, x + 2, y) || isLit(scopes.vectorscopeImage, x - 1, y));

@@ -195,6 +195,17 @@ TEST_F(StatisticsTest, TheDumpsShowWhatWasUnderTheLoupe) {
   EXPECT_GT(parade.pixelColor(262 + 100, 255 - 150).green(), 150);
   EXPECT_GT(parade.pixelColor(524 + 100, 255 - 130).blue(), 150);
   EXPECT_EQ(parade.pixelColor(100, 20), QColor(0, 0, 0));
+
+  // The panel in each mode; the last one stays.
+  ASSERT_TRUE(velicor.waitForLog("dumped view panel-original")) << velicor.log();
+  EXPECT_THAT(linesWith(velicor.log(), "dumped view"),
+              testing::ElementsAre(testing::EndsWith("panel-skin"), testing::EndsWith("panel-exposure"),
+                                   testing::EndsWith("panel-original")));
+  const QImage panel(prefix + "-panel-skin.png");
+  EXPECT_FALSE(panel.isNull());
+  EXPECT_NE(panel, QImage(prefix + "-panel-exposure.png"));
+  EXPECT_EQ(velicor.terminate(), 0) << velicor.log();
+  EXPECT_NE(velicor.settings().find("\"mode\": 0"), std::string::npos) << velicor.settings();
 }
 
 }  // namespace

@@ -83,8 +83,7 @@ TEST_F(VulkanLossTest, ADeviceThatCannotBeRebuiltRefusesWorkUntilItCan) {
   EXPECT_THAT(log.lines(), Contains(HasSubstr("the analysis pauses")));
 }
 
-// Nothing but the frames that keep coming in asks for the device here.
-TEST_F(VulkanLossTest, FramesBringTheDeviceBackAndWhatWasLostIsLeftAlone) {
+TEST_F(VulkanLossTest, FramesAreTakenAgainAndWhatWasLostIsLeftAlone) {
   const auto frame = std::make_shared<PixelBuffer>(700, 500);
   const auto cache = device_->makeTextureCache();
   const auto wrapped = [&] { return cache->texture(frame, PixelFormat::bgra8Unorm, 700, 500); };
