@@ -125,10 +125,13 @@ bool XClient::findManager() {
     return std::find(first, end, probe) != end;
   };
   // A busy one would have the more to do the more often it is asked.
-  constexpr int looksPerRequest = 100;
-  int looks = 0;
+  constexpr auto patience = std::chrono::milliseconds(200);
+  auto nextRequest = std::chrono::steady_clock::now();
   const bool found = eventually([&] {
-    if (looks++ % looksPerRequest == 0) map(probe);
+    if (const auto now = std::chrono::steady_clock::now(); now >= nextRequest) {
+      map(probe);
+      nextRequest = now + patience;
+    }
     return isManaged(probe) && isListed();
   });
   destroy(probe);
