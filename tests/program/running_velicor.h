@@ -37,10 +37,10 @@ class RunningVelicor {
   std::string output() { return output_ += process_.readAllStandardOutput().toStdString(); }
 
   // Until the log holds the text.
-  bool waitForLog(const std::string& text, std::chrono::milliseconds limit = std::chrono::seconds(30));
+  bool waitForLog(const std::string& text, std::chrono::milliseconds limit = std::chrono::seconds(60));
 
   // Until it has ended by itself, with its exit code; -1 when it crashed or runs on.
-  int waitForExit(std::chrono::milliseconds limit = std::chrono::seconds(30));
+  int waitForExit(std::chrono::milliseconds limit = std::chrono::seconds(60));
 
   qint64 processID() const { return process_.processId(); }
 

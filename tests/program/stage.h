@@ -50,7 +50,7 @@ class Stage {
   // Until a pixel of the screen shows the colour, each channel within the tolerance; says what it shows when
   // it does not in time.
   testing::AssertionResult shows(DevicePoint place, QColor color, int tolerance = 0,
-                                 std::chrono::milliseconds limit = std::chrono::seconds(30)) const;
+                                 std::chrono::milliseconds limit = std::chrono::seconds(60)) const;
 
  private:
   XServer server_;

@@ -24,7 +24,7 @@ XfceManager::Folder::~Folder() {
 XfceManager::XfceManager(const XServer& server, Way way)
     : bus_({"env", "XDG_CONFIG_HOME=" + folder_.path, "XDG_CACHE_HOME=" + folder_.path, "dbus-daemon", "--session",
             "--nofork", "--nopidfile", "--address=unix:path=" + folder_.path + "/bus"}) {
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(120);
   while (!std::filesystem::exists(folder_.path + "/bus")) {
     if (std::chrono::steady_clock::now() > end) throw std::runtime_error("the message bus did not start");
     std::this_thread::sleep_for(std::chrono::milliseconds(2));
