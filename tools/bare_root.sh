@@ -3,11 +3,15 @@
 # velicor_bare_root RELEASE FOLDER [mmdebstrap arguments…]: makes the root of this release, such as trixie, in the
 # folder, from the archives of Debian that this machine gets its own packages from.
 velicor_bare_root() {
-  local here
+  local here archives
   here=$(. /etc/os-release && echo "$VERSION_CODENAME")
   # A line for each archive: "bookworm", "bookworm-updates", "bookworm-security".
-  apt-get indextargets --format 'deb $(REPO_URI) $(CODENAME) main' \
+  archives=$(apt-get indextargets --format 'deb $(REPO_URI) $(CODENAME) main' \
     'Created-By: Packages' 'Origin: Debian' 'Component: main' |
-    sed -nE "s/ $here(-[a-z]+)? main$/ $1\1 main/p" | sort -u |
-    mmdebstrap --quiet --variant=minbase "${@:3}" "$1" "$2" -
+    sed -nE "s/ $here(-[a-z]+)? main$/ $1\1 main/p" | sort -u)
+  if [ -z "$archives" ]; then
+    echo "This machine's package lists name no archive of Debian: run apt-get update first." >&2
+    return 1
+  fi
+  mmdebstrap --quiet --variant=minbase "${@:3}" "$1" "$2" - <<<"$archives"
 }

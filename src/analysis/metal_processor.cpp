@@ -125,9 +125,9 @@ void MetalProcessor::setPalette(const Palette::Buffer& palette) {
   reanalyze();
 }
 
-void MetalProcessor::reanalyze() { analyseAgain(); }
+void MetalProcessor::reanalyze() { analyzeAgain(); }
 
-bool MetalProcessor::analyseAgain() {
+bool MetalProcessor::analyzeAgain() {
   const std::scoped_lock guard(gpuLock_);
   if (!lastFrame_) return false;
   if (joinsReanalysis()) return true;
@@ -159,7 +159,7 @@ void MetalProcessor::reanalysisDone() {
 
 // The views keep what they show until there is a new result: it was right when it was drawn.
 void MetalProcessor::deviceReturned() {
-  if (analyseAgain()) return;
+  if (analyzeAgain()) return;
   forgetResults();
   announceLater(true);
 }

@@ -129,7 +129,7 @@ class MetalProcessor : public std::enable_shared_from_this<MetalProcessor> {
                         const std::shared_ptr<gpu::Texture>& image);
   void dumpPictures();
 
-  bool analyseAgain();  // false where nothing will come of it
+  bool analyzeAgain();  // false where nothing will come of it
   bool joinsReanalysis();
   void reanalysisDone();  // a device thread
 

@@ -8,7 +8,7 @@
 // Where the pixels of a drawn texture's rows lie in it.
 namespace velicor::kernels {
 
-// In 1/256 of a texel, from the first one's centre. Texel centres lie at (i + 0.5) / count. Rounding makes an
+// In 1/256 of a texel, from the first one's center. Texel centers lie at (i + 0.5) / count. Rounding makes an
 // exact hit of what should be one. Moved up by a few texels, truncation rounds the same way on both sides of
 // zero; what lies further down is outside.
 inline std::int64_t position(double coordinate, int count) {
@@ -17,7 +17,7 @@ inline std::int64_t position(double coordinate, int count) {
   return static_cast<std::int64_t>((coordinate * count - 0.5 + texels) * 256 + 0.5) - texels * 256;
 }
 
-// Decided on the rounded place, so that an edge right on a pixel's centre falls to the same side everywhere.
+// Decided on the rounded place, so that an edge right on a pixel's center falls to the same side everywhere.
 inline bool isInside(std::int64_t position, int count) {
   return position >= -128 && position < std::int64_t{256} * count - 128;
 }

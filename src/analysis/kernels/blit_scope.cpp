@@ -26,14 +26,14 @@ bool isReduced(const gpu::FragmentSpan& span, const gpu::NativeImage& source) {
   return inSteps(span.du * source.width) > steps || inSteps(span.dvDown * source.height) > steps;
 }
 
-// The texels that a pixel covers along one axis; its centre and its extent in texels. The outermost pixels
-// cover what lies beyond them as well: their neighbours' centres are outside, and nothing else would show it.
-TexelRun coveredBy(double centre, double extent, int count) {
-  const bool isFirst = inSteps(centre - extent) < 0;
-  const bool isLast = inSteps(centre + extent) >= count * steps;
+// The texels that a pixel covers along one axis; its center and its extent in texels. The outermost pixels
+// cover what lies beyond them as well: their neighbours' centers are outside, and nothing else would show it.
+TexelRun coveredBy(double center, double extent, int count) {
+  const bool isFirst = inSteps(center - extent) < 0;
+  const bool isLast = inSteps(center + extent) >= count * steps;
   const std::int64_t begin =
-      isFirst ? 0 : std::min<std::int64_t>(inSteps(centre - extent / 2) / steps, count - 1);
-  const std::int64_t end = isLast ? count : (inSteps(centre + extent / 2) + steps - 1) / steps;
+      isFirst ? 0 : std::min<std::int64_t>(inSteps(center - extent / 2) / steps, count - 1);
+  const std::int64_t end = isLast ? count : (inSteps(center + extent / 2) + steps - 1) / steps;
   return {static_cast<std::int32_t>(begin), static_cast<std::int32_t>(std::max(end, begin + 1))};
 }
 

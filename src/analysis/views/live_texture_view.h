@@ -43,7 +43,7 @@ class LiveTextureView : public QWidget {
   // Continuous corners to which the picture is clipped, in points; 0, as at first, for none.
   void setCornerRadius(double radius);
 
-  // Draws on the next turn of the event loop, unless the view is hidden by then.
+  // Draws on the next turn of the event loop, unless the view is hidden before that.
   void setNeedsDisplay();
 
   // Draws now, whether or not the view can be seen; after the draw that is under way, if one is.

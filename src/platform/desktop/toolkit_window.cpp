@@ -53,7 +53,8 @@ void forget(xcb_void_cookie_t cookie) {
 // XCB_ATOM_NONE where the server has gone. A round trip.
 xcb_atom_t atom(std::string_view name);
 
-void setNumbers(WindowId window, xcb_atom_t property, xcb_atom_t type, std::span<const std::uint32_t> values) {
+void setNumbers(WindowId window, xcb_atom_t property, xcb_atom_t type,
+                std::span<const std::uint32_t> values) {
   forget(xcb_change_property_checked(connection(), XCB_PROP_MODE_REPLACE, window, property, type, 32,
                                      static_cast<std::uint32_t>(values.size()), values.data()));
 }
@@ -69,8 +70,7 @@ x11::Owned<Reply> reply(Reply* (*fetch)(xcb_connection_t*, Cookie, xcb_generic_e
 }
 
 xcb_atom_t atom(std::string_view name) {
-  const auto cookie =
-      xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+  const auto cookie = xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.data());
   const auto answer = reply(xcb_intern_atom_reply, cookie);
   return answer ? answer->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
@@ -151,8 +151,10 @@ void returnToRoot(WindowId window) {
 }
 
 void setClickThrough(WindowId window, bool on) {
-  // A server that does not trust us has no shapes for us, and xcb would end the connection.
-  if (window == 0 || !xcb_get_extension_data(connection(), &xcb_shape_id)->present) return;
+  // A server that does not trust us has no shapes for us, and xcb would end the connection. Of a server that
+  // is gone there is no answer.
+  const auto* shape = xcb_get_extension_data(connection(), &xcb_shape_id);
+  if (window == 0 || !shape || !shape->present) return;
   // The toolkit's own flag would leave a rectangle behind that does not follow the window's size.
   forget(on ? xcb_shape_rectangles_checked(connection(), XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT,
                                            XCB_CLIP_ORDERING_UNSORTED, window, 0, 0, 0, nullptr)
@@ -276,9 +278,9 @@ void fixSize(WindowId window, const DeviceRect& rect) {
   constexpr std::uint32_t hasMaximumSize = 1U << 5;
   constexpr std::uint32_t hasSteps = 1U << 6 | 1U << 8;
   std::array<std::uint32_t, 18> hints{};
-  const auto present = reply(xcb_get_property_reply,
-                             xcb_get_property(connection(), 0, window, XCB_ATOM_WM_NORMAL_HINTS,
-                                              XCB_ATOM_WM_SIZE_HINTS, 0, hints.size()));
+  const auto present =
+      reply(xcb_get_property_reply, xcb_get_property(connection(), 0, window, XCB_ATOM_WM_NORMAL_HINTS,
+                                                     XCB_ATOM_WM_SIZE_HINTS, 0, hints.size()));
   if (present && xcb_get_property_value_length(present.get()) == sizeof hints) {
     std::memcpy(hints.data(), xcb_get_property_value(present.get()), sizeof hints);
   }

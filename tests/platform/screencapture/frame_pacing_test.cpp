@@ -30,6 +30,16 @@ TEST(FramePacer, LooksAtOnceAndThenAtTheInterval) {
   EXPECT_EQ(pacer.due(), start + 120ms);
 }
 
+TEST(FramePacer, KeepsOwingWhatWasSkipped) {
+  FramePacer pacer(100ms);
+  pacer.stir();
+  pacer.skipped(start);
+  EXPECT_TRUE(pacer.isDemanded());
+  EXPECT_EQ(pacer.due(), start + 100ms);
+  pacer.changed(start + 100ms);
+  EXPECT_FALSE(pacer.isDemanded());
+}
+
 StreamConfiguration configurationOf(const DisplayRect& source, int width, int height, double scale = 0) {
   StreamConfiguration configuration;
   configuration.sourceRect = source;
@@ -70,6 +80,26 @@ class HeapSource : public SegmentSource {
   int made = 0;
   int retired = 0;
 };
+
+TEST(SegmentPool, HandsOutNoMoreThanItsDepth) {
+  HeapSource source;
+  int freed = 0;
+  SegmentPool pool(source, 3, [&] { ++freed; });
+  std::vector<PixelBufferRef> frames;
+  for (int i = 0; i < 3; ++i)
+    frames.push_back(pool.publish(pool.acquire(64), 4, 4));
+  EXPECT_EQ(freed, 0);
+  EXPECT_EQ(pool.acquire(64), nullptr);
+  const PixelBufferRef copy = frames[1];
+  frames[1] = nullptr;
+  EXPECT_EQ(pool.acquire(64), nullptr) << "someone still holds it";
+  frames[0] = nullptr;
+  EXPECT_EQ(freed, 1);
+  frames[2] = nullptr;
+  EXPECT_EQ(freed, 1) << "told once";
+  EXPECT_TRUE(pool.hasFree());
+  EXPECT_EQ(source.made, 3);
+}
 
 TEST(SegmentPool, KeepsTheLastFrameForComparing) {
   HeapSource source;

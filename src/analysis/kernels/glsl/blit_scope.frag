@@ -12,12 +12,12 @@ ivec2 inSteps(vec2 texels) {
 }
 
 // The brightest of all texels that a pixel covers, channel by channel. The outermost pixels cover what lies beyond
-// them as well: their neighbours' centres are outside, and nothing else would show it.
-ivec4 brightestAt(vec2 centre, vec2 extent, ivec2 size) {
-  const bvec2 isFirst = lessThan(inSteps(centre - extent), ivec2(0));
-  const bvec2 isLast = greaterThanEqual(inSteps(centre + extent), size * steps);
-  const ivec2 begin = min(mix(inSteps(centre - extent * 0.5) / steps, ivec2(0), isFirst), size - 1);
-  const ivec2 end = max(mix((inSteps(centre + extent * 0.5) + steps - 1) / steps, size, isLast), begin + 1);
+// them as well: their neighbours' centers are outside, and nothing else would show it.
+ivec4 brightestAt(vec2 center, vec2 extent, ivec2 size) {
+  const bvec2 isFirst = lessThan(inSteps(center - extent), ivec2(0));
+  const bvec2 isLast = greaterThanEqual(inSteps(center + extent), size * steps);
+  const ivec2 begin = min(mix(inSteps(center - extent * 0.5) / steps, ivec2(0), isFirst), size - 1);
+  const ivec2 end = max(mix((inSteps(center + extent * 0.5) + steps - 1) / steps, size, isLast), begin + 1);
   ivec4 brightest = ivec4(0);
   for (int y = begin.y; y < end.y; ++y) {
     for (int x = begin.x; x < end.x; ++x) brightest = max(brightest, texelAt(x, y));

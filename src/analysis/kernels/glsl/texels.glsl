@@ -4,14 +4,14 @@ layout(binding = 0) uniform sampler2D source;
 layout(location = 0) noperspective in vec2 coordinate;
 layout(location = 0) out vec4 color;
 
-// In 1/256 of a texel, from the first one's centre. Moved up by a few texels, truncation rounds the same way
+// In 1/256 of a texel, from the first one's center. Moved up by a few texels, truncation rounds the same way
 // on both sides of zero; what lies further down is outside.
 ivec2 positionOf(vec2 coordinate, ivec2 size) {
   const float texels = 4.0;
   return ivec2((coordinate * vec2(size) - 0.5 + texels) * 256.0 + 0.5) - int(texels) * 256;
 }
 
-// More than half a texel beyond the outermost centres.
+// More than half a texel beyond the outermost centers.
 bool isBeyond(ivec2 position, ivec2 size) { return isOutside(uvec2(position + 128), 256 * size); }
 
 ivec4 texelAt(int x, int y) { return bytesOf(texelFetch(source, ivec2(x, y), 0)); }

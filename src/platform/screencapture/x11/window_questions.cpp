@@ -121,7 +121,11 @@ void answerClient(Connection& connection, const AppearanceQuestion& asked, Appea
   const auto corner = connection.reply(xcb_translate_coordinates_reply, asked.corner);
   const auto size = connection.reply(xcb_get_geometry_reply, asked.size);
   properties.clientShaped = isShaped(connection, asked.shape);
-  if (!corner || !size) return;
+  if (!corner || !size) {
+    // It is in the client's coordinates, and the client has gone.
+    properties.opaqueRegion.clear();
+    return;
+  }
   properties.clientPlace = DeviceRect{(*corner)->dst_x, (*corner)->dst_y, (*size)->width, (*size)->height};
 }
 
