@@ -22,6 +22,16 @@ std::map<std::string, unsigned> footprintOf(const Stage& stage, const RunningVel
   return counts;
 }
 
+std::map<std::string, unsigned> beyond(const std::map<std::string, unsigned>& before,
+                                       const std::map<std::string, unsigned>& now) {
+  std::map<std::string, unsigned> more = now;
+  std::erase_if(more, [&](const auto& count) {
+    const auto earlier = before.find(count.first);
+    return earlier != before.end() && count.second <= earlier->second;
+  });
+  return more;
+}
+
 long residentMemory(const RunningVelicor& velicor) {
   std::ifstream status("/proc/" + std::to_string(velicor.processID()) + "/status");
   for (std::string line; std::getline(status, line);)

@@ -11,6 +11,11 @@ namespace velicor::test {
 // descriptors and threads.
 std::map<std::string, unsigned> footprintOf(const Stage& stage, const RunningVelicor& velicor);
 
+// What of it is more than before. Less is no fault: threads of Qt's and of the network end when they had nothing to do
+// for long.
+std::map<std::string, unsigned> beyond(const std::map<std::string, unsigned>& before,
+                                       const std::map<std::string, unsigned>& now);
+
 // In kilobytes.
 long residentMemory(const RunningVelicor& velicor);
 
