@@ -168,16 +168,19 @@ TEST_P(MemoryTest, HiddenItKeepsNothingOfTheScreen) {
       row.push_back(picture.pixel(loupeCentre.x + x, loupeCentre.y) & 0xFFFFFF);
     return row;
   };
-  const Pixels screen = pixels(stage_.screenshot());
+  // A compositing manager, or the loupe, that has not painted yet is of one color, such as there are in any
+  // memory.
+  const auto isPicture = [](const Pixels& row) { return std::set(row.begin(), row.end()).size() > 1; };
+  Pixels screen;
+  ASSERT_TRUE(waitUntil([&] { return isPicture(screen = pixels(stage_.screenshot())); }));
   ASSERT_TRUE(stage_.shows(onFrameLine(loupeAtStart), frameYellow, 40)) << velicor.log();
   ASSERT_TRUE(velicor.waitForLog("capture running")) << velicor.log();
   ASSERT_TRUE(waitUntil([&] { return !placesOf(screen, velicor.processID()).empty(); }))
       << "there is what to wipe";
   Pixels heatmap;
-  // Until it has its first picture the loupe is of one colour, such as there are in any memory.
   const auto showsHeatmap = [&] {
     heatmap = pixels(stage_.screenshot());
-    return heatmap != screen && std::set(heatmap.begin(), heatmap.end()).size() > 1;
+    return heatmap != screen && isPicture(heatmap);
   };
   ASSERT_TRUE(waitUntil([&] {
     stage_.mouse().click(exposureTab);
@@ -187,7 +190,7 @@ TEST_P(MemoryTest, HiddenItKeepsNothingOfTheScreen) {
   strikeShortcut(stage_);
   for (const Pixels& wiped : {screen, heatmap}) {
     waitUntil([&] { return placesOf(wiped, velicor.processID()).empty(); });
-    EXPECT_THAT(placesOf(wiped, velicor.processID()), testing::IsEmpty());
+    EXPECT_THAT(placesOf(wiped, velicor.processID()), testing::IsEmpty()) << testing::PrintToString(wiped);
   }
   EXPECT_EQ(velicor.terminate(), 0) << velicor.log();
 }
