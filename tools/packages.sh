@@ -14,7 +14,10 @@ velicor_packages() {
 
 velicor_is_installed() { [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
 
-velicor_release_has() { apt-cache policy "$1" 2>/dev/null | grep -q '^  Candidate: [^(]'; }
+# Reads all that it is told: with "pipefail" a reader that ends early makes a failure of the writer.
+velicor_release_has() {
+  apt-cache policy "$1" 2>/dev/null | awk '/^  Candidate: / { has = $2 != "(none)" } END { exit !has }'
+}
 
 # velicor_choice ALTERNATIVES: the first that this Debian release has. Without package lists nobody can tell: then the
 # first that is installed, or else the first.
