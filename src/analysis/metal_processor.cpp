@@ -37,7 +37,7 @@ std::optional<MetalProcessor::Mode> MetalProcessor::modeFrom(int rawValue) {
 
 std::shared_ptr<MetalProcessor> MetalProcessor::create(std::shared_ptr<gpu::Device> device) {
   if (!device) return nullptr;
-  const std::shared_ptr<MetalProcessor> processor(new MetalProcessor(std::move(device)));
+  std::shared_ptr<MetalProcessor> processor(new MetalProcessor(std::move(device)));
   if (!processor->prepare()) return nullptr;
   processor->watchDevice();
   return processor;
