@@ -147,7 +147,8 @@ QRectF LiveTextureView::place() const {
 
 // The toolkit then leaves out what lies below.
 void LiveTextureView::noteOpaqueness() {
-  const bool covers = alpha_ == 1 && cornerRadius_ == 0 && drawables_->front() && place().contains(QRectF(rect()));
+  const bool covers =
+      alpha_ == 1 && cornerRadius_ == 0 && drawables_->front() && place().contains(QRectF(rect()));
   setAttribute(Qt::WA_OpaquePaintEvent, covers);
 }
 
@@ -183,7 +184,7 @@ void LiveTextureView::paintRounded(QPainter& painter, const QImage& image) const
   const double scale = devicePixelRatioF();
   const QRectF whole = place();
   const double corners =
-      std::min<double>(std::ceil(2 * cornerRadius_ * scale), pictureRect().height() / 2) / scale;
+      std::min(std::ceil(2 * cornerRadius_ * scale), std::floor(pictureRect().height() / 2.0)) / scale;
   const QRectF middle = whole.adjusted(0, corners, 0, -corners);
   painter.setClipRect(middle);
   paintPicture(painter, image);

@@ -48,9 +48,11 @@ struct Replacement<name, VkResult(VKAPI_PTR*)(Arguments...)> {
   static VKAPI_ATTR VkResult VKAPI_CALL call(Arguments... arguments) {
     const auto failure = failureOf(name.text);
     if (!failure) return real(arguments...);
-    // What is under way on a device that is lost must have ended before its memory may go.
-    if (*failure == VK_ERROR_DEVICE_LOST && std::strcmp(name.text, "vkWaitForFences") == 0)
-      real(arguments...);
+    // What is under way on a device that is lost must have ended before its memory may go, however long it takes.
+    if (*failure == VK_ERROR_DEVICE_LOST && std::strcmp(name.text, "vkWaitForFences") == 0) {
+      while (real(arguments...) == VK_TIMEOUT) {
+      }
+    }
     return *failure;
   }
 
