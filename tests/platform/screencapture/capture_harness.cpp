@@ -168,15 +168,21 @@ std::shared_ptr<Stream> Bench::start(const DeviceRect& rect, int rate, bool excl
   return stream;
 }
 
-Frame Bench::freshFrame(const DeviceRect& rect) {
-  auto fresh = makeX11Service(server.name(), own);
-  if (!fresh) throw std::runtime_error(fresh.error().description);
+Bench::Fresh Bench::startFresh(const DeviceRect& rect) {
+  auto made = makeX11Service(server.name(), own);
+  if (!made) throw std::runtime_error(made.error().description);
   const auto taker = std::make_shared<Receiver>();
-  const auto stream = (*fresh)->makeStream(filter(true), configuration(rect, 60), taker);
+  auto stream = (*made)->makeStream(filter(true), configuration(rect, 60), taker);
   EXPECT_TRUE(stream->addStreamOutput(taker, OutputType::screen, queue));
   EXPECT_TRUE(await(stream->startCapture()));
-  const auto frames = taker->framesFrom(0, 1);
-  EXPECT_TRUE(await(stream->stopCapture()));
+  taker->framesFrom(0, 1);
+  return {std::move(*made), taker, std::move(stream)};
+}
+
+Frame Bench::freshFrame(const DeviceRect& rect) {
+  const Fresh fresh = startFresh(rect);
+  const auto frames = fresh.receiver->framesFrom(0, 1);
+  EXPECT_TRUE(await(fresh.stream->stopCapture()));
   return frames.empty() ? Frame{} : frames.front();
 }
 

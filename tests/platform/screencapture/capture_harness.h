@@ -92,7 +92,15 @@ class Bench {
   ContentFilter filter(bool excludingOurs);
   Display display();
 
-  // What a service that knows nothing of the past shows first, ours left out.
+  // A service that knows nothing of the past, and a stream of its that has shown a first frame, ours left out.
+  struct Fresh {
+    std::unique_ptr<Service> service;
+    std::shared_ptr<Receiver> receiver;
+    std::shared_ptr<Stream> stream;
+  };
+  Fresh startFresh(const DeviceRect& rect);
+
+  // What such a one shows first.
   Frame freshFrame(const DeviceRect& rect);
 
   // Whether, once the change is made, a frame comes that shows the picture. It may be there before.
